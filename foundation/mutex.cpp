@@ -1,0 +1,6 @@
+#include "foundation/mutex.h"
+
+kcMutex& kcMutex::global() {
+  static kcMutex mutex;
+  return mutex;
+}
