@@ -24,6 +24,8 @@ class kcException : public std::exception, public virtual kcPersistent {
   // Deletes this heap object (one an archive made, say) and throws a copy of
   // the same class by value.
   [[noreturn]] virtual void suicideAndRethrow() = 0;
+  // Throws a copy of this exception, of its own class.
+  [[noreturn]] virtual void rethrow() const = 0;
 
   void dispatchSerialize(kcArchive& ar) override;
 
@@ -39,6 +41,7 @@ class kcException : public std::exception, public virtual kcPersistent {
   KC_DECLARE_PERSISTENT(Class);                         \
   [[nodiscard]] long errorNumber() const override;      \
   [[noreturn]] void suicideAndRethrow() override;       \
+  [[noreturn]] void rethrow() const override;           \
   void dispatchSerialize(kcArchive& ar) override
 
 // Defines them for an exception whose only state is its class. The version
@@ -52,6 +55,7 @@ class kcException : public std::exception, public virtual kcPersistent {
     delete this;                                                         \
     throw copy;                                                          \
   }                                                                      \
+  void Class::rethrow() const { throw *this; }                           \
   void Class::dispatchSerialize(kcArchive& ar) {                         \
     unsigned char version = 0;                                           \
     if (!beginDispatch_(ar, kExceptionMark, version)) return;            \

@@ -1,0 +1,312 @@
+#include "foundation/archive.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+template <class T>
+Bytes store(T value) {
+  kcMemArchive ar;
+  ar || value;
+  return ar.bytes();
+}
+
+template <class T>
+T load(Bytes bytes) {
+  kcMemArchive ar(std::move(bytes));
+  T value{};
+  ar || value;
+  EXPECT_TRUE(ar.atEnd());
+  return value;
+}
+
+// A small persistent graph node: a value, a name and shared children.
+class TestNode : public virtual kcPersistent, public virtual kcRepBase {
+ public:
+  KC_DECLARE_PERSISTENT(TestNode);
+  static constexpr unsigned char kVersion = 1;
+  static constexpr unsigned kMark = 7;
+
+  TestNode() = default;
+  TestNode(std::int32_t v, std::string n) : value(v), name(std::move(n)) {}
+
+  void dispatchSerialize(kcArchive& ar) override {
+    unsigned char version = kVersion;
+    if (!beginDispatch_(ar, kMark, version)) return;
+    serialize_(ar, version);
+    setVisited(ar, kMark);
+  }
+  void setValue(std::int32_t v) {
+    mutating_();
+    value = v;
+  }
+
+  std::int32_t value = 0;
+  std::string name;
+  std::vector<kcPtrHandle<TestNode>> children;
+  int dispatches = 0;
+
+ protected:
+  void serialize_(kcArchive& ar, unsigned char version) {
+    if (version > kVersion) throw kcArchive::UnknownVersion("tests/foundation/archive_test", 42);
+    ++dispatches;
+    ar || value || name || children;
+  }
+};
+KC_DEFINE_PERSISTENT(TestNode);
+
+// Persistent but not a TestNode: for wrong-class loads.
+class OtherNode : public virtual kcPersistent, public virtual kcRepBase {
+ public:
+  KC_DECLARE_PERSISTENT(OtherNode);
+  void dispatchSerialize(kcArchive& ar) override {
+    unsigned char version = 0;
+    if (beginDispatch_(ar, 1, version)) setVisited(ar, 1);
+  }
+};
+KC_DEFINE_PERSISTENT(OtherNode);
+
+Bytes storeGraph() {
+  kcPtrHandle<TestNode> root(new TestNode(1, "root"));
+  kcPtrHandle<TestNode> leaf(new TestNode(2, "leaf"));
+  root->children = {leaf, leaf, nullptr};
+  kcMemArchive ar;
+  ar || root;
+  return ar.bytes();
+}
+
+// --- scalars and strings ---
+
+TEST(Archive, ScalarsAreLittleEndianWithStatedWidths) {
+  EXPECT_EQ(store<std::int32_t>(0x01020304), (Bytes{4, 3, 2, 1}));
+  EXPECT_EQ(store<std::uint16_t>(0xABCD), (Bytes{0xCD, 0xAB}));
+  EXPECT_EQ(store<long>(-2), (Bytes{0xFE, 0xFF, 0xFF, 0xFF}));
+  EXPECT_EQ(store<unsigned long>(5), (Bytes{5, 0, 0, 0}));
+  EXPECT_EQ(store<long long>(1), (Bytes{1, 0, 0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(store(true), (Bytes{1}));
+  EXPECT_EQ(store(1.0), (Bytes{0, 0, 0, 0, 0, 0, 0xF0, 0x3F}));
+  EXPECT_EQ(store(1.0f), (Bytes{0, 0, 0x80, 0x3F}));
+  EXPECT_EQ(load<long>({0xFE, 0xFF, 0xFF, 0xFF}), -2);
+  EXPECT_EQ(load<double>(store(-0.1)), -0.1);
+}
+
+TEST(Archive, LongOutsideThirtyTwoBitsIsOutOfRange) {
+  kcMemArchive ar;
+  long big = 1L << 40;
+  unsigned long ubig = 1UL << 33;
+  EXPECT_THROW(ar || big, kcArchive::ValueOutOfRange);
+  EXPECT_THROW(ar || ubig, kcArchive::ValueOutOfRange);
+  EXPECT_TRUE(ar.bytes().empty());
+}
+
+TEST(Archive, BoolOtherThanZeroOrOneIsCorrupt) {
+  EXPECT_THROW(load<bool>({2}), kcArchive::Corrupt);
+  EXPECT_FALSE(load<bool>({0}));
+}
+
+TEST(Archive, StringsRoundTrip) {
+  EXPECT_EQ(store(std::string("ab")), (Bytes{2, 0, 0, 0, 'a', 'b'}));
+  EXPECT_EQ(store(std::wstring(L"A")), (Bytes{1, 0, 0, 0, 'A', 0}));
+  std::wstring wide = L"x\u00e9\u20ac\U0001F600";
+  Bytes bytes = store(wide);
+  EXPECT_EQ(bytes.size(), 4u + 2 * 5);  // the last character takes a surrogate pair
+  EXPECT_EQ(load<std::wstring>(bytes), wide);
+  EXPECT_EQ(load<std::string>(store(std::string())), "");
+}
+
+TEST(Archive, VectorsRoundTrip) {
+  std::vector<double> doubles{1.5, -2, 3e100};
+  EXPECT_EQ(load<std::vector<double>>(store(doubles)), doubles);
+  std::vector<bool> flags{true, false, true};
+  EXPECT_EQ(store(flags), (Bytes{3, 0, 0, 0, 1, 0, 1}));
+  EXPECT_EQ(load<std::vector<bool>>(store(flags)), flags);
+  std::vector<std::string> names{"a", "", "ccc"};
+  EXPECT_EQ(load<std::vector<std::string>>(store(names)), names);
+}
+
+// --- bad input ---
+
+TEST(Archive, ImpossibleCountsAreCorruptBeforeAllocating) {
+  // 2^31 elements announced in a 10-byte archive.
+  Bytes huge{0x00, 0x00, 0x00, 0x80, 1, 2, 3, 4, 5, 6};
+  EXPECT_THROW(load<std::vector<std::uint8_t>>(huge), kcArchive::Corrupt);
+  EXPECT_THROW(load<std::string>(huge), kcArchive::Corrupt);
+  EXPECT_THROW(load<std::wstring>(huge), kcArchive::Corrupt);
+  EXPECT_THROW(load<std::vector<kcPtrHandle<TestNode>>>(huge), kcArchive::Corrupt);
+  // Two doubles announced, one present.
+  Bytes shortDoubles{2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F};
+  EXPECT_THROW(load<std::vector<double>>(shortDoubles), kcArchive::Corrupt);
+}
+
+TEST(Archive, FailedLoadLeavesTargetUnchanged) {
+  std::vector<std::int32_t> target{9, 9};
+  kcMemArchive ar(Bytes{3, 0, 0, 0, 1, 0, 0, 0});
+  EXPECT_THROW(ar || target, kcArchive::Corrupt);
+  EXPECT_EQ(target, (std::vector<std::int32_t>{9, 9}));
+}
+
+TEST(Archive, TruncationAtEveryByteIsCorrupt) {
+  std::vector<Bytes> stored{storeGraph(), store(std::wstring(L"wide\U0001F600")),
+                            store(std::vector<std::string>{"one", "two"})};
+  for (const Bytes& full : stored) {
+    for (std::size_t n = 0; n < full.size(); ++n) {
+      Bytes cut(full.begin(), full.begin() + static_cast<long>(n));
+      kcMemArchive ar(cut);
+      kcPtrHandle<TestNode> node;
+      std::wstring wide;
+      std::vector<std::string> names;
+      if (&full == &stored[0])
+        EXPECT_THROW(ar || node, kcArchive::Corrupt) << "cut at " << n;
+      else if (&full == &stored[1])
+        EXPECT_THROW(ar || wide, kcArchive::Corrupt) << "cut at " << n;
+      else
+        EXPECT_THROW(ar || names, kcArchive::Corrupt) << "cut at " << n;
+    }
+  }
+}
+
+// --- persistent objects ---
+
+TEST(Archive, SharedObjectsComeBackShared) {
+  kcPtrHandle<TestNode> root;
+  {
+    kcMemArchive in(storeGraph());
+    in || root;
+    EXPECT_TRUE(in.atEnd());
+  }
+  ASSERT_TRUE(root);
+  EXPECT_EQ(root->name, "root");
+  ASSERT_EQ(root->children.size(), 3u);
+  EXPECT_EQ(root->children[0].get(), root->children[1].get());
+  EXPECT_EQ(root->children[0]->value, 2);
+  EXPECT_TRUE(root->children[2].isNull());
+  EXPECT_EQ(root->children[0]->refCount(), 2);
+  EXPECT_EQ(root->children[0]->dispatches, 1);
+}
+
+TEST(Archive, ObjectWireFormat) {
+  kcPtrHandle<TestNode> leaf(new TestNode(2, ""));
+  std::vector<kcPtrHandle<TestNode>> pair{leaf, leaf};
+  Bytes expected{2, 0, 0, 0,                                // vector count
+                 1, 8, 0, 0, 0, 'T', 'e', 's', 't', 'N', 'o', 'd', 'e',  // new object, class name
+                 1,                                         // version
+                 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0,        // value, name, children
+                 2, 1, 0, 0, 0};                            // back-reference to object 1
+  EXPECT_EQ(store(pair), expected);
+}
+
+Bytes nodeHeader() { return {1, 8, 0, 0, 0, 'T', 'e', 's', 't', 'N', 'o', 'd', 'e', 1, 0, 0, 0, 0, 0, 0, 0, 0}; }
+
+TEST(Archive, BadObjectDataIsCorrupt) {
+  struct Case {
+    const char* why;
+    Bytes bytes;
+  };
+  Bytes selfRef = nodeHeader();
+  selfRef.insert(selfRef.end(), {1, 0, 0, 0, 2, 1, 0, 0, 0});  // one child: itself
+  Bytes unknownId = nodeHeader();
+  unknownId.insert(unknownId.end(), {1, 0, 0, 0, 2, 9, 0, 0, 0});
+  Bytes zeroId = nodeHeader();
+  zeroId.insert(zeroId.end(), {1, 0, 0, 0, 2, 0, 0, 0, 0});
+  std::vector<Case> cases{
+      {"object that contains itself", selfRef},
+      {"back-reference to an id never given", unknownId},
+      {"back-reference to id 0", zeroId},
+      {"unknown class name", {1, 3, 0, 0, 0, 'F', 'o', 'o'}},
+      {"empty class name", {1, 0, 0, 0, 0}},
+      {"class name longer than the data", {1, 0xFF, 0xFF, 0, 0, 'T'}},
+      {"unknown tag", {7}},
+      {"raw-object tag where a shared one is expected", {3, 8, 0, 0, 0, 'T', 'e', 's', 't', 'N', 'o', 'd', 'e'}},
+      {"object of another class", {1, 9, 0, 0, 0, 'O', 't', 'h', 'e', 'r', 'N', 'o', 'd', 'e', 0}},
+  };
+  for (const Case& c : cases) {
+    kcMemArchive ar(c.bytes);
+    kcPtrHandle<TestNode> node;
+    EXPECT_THROW(ar || node, kcArchive::Corrupt) << c.why;
+    EXPECT_TRUE(node.isNull()) << c.why;
+  }
+}
+
+TEST(Archive, UnknownVersionNamesItsSource) {
+  Bytes bytes = nodeHeader();
+  bytes[13] = 9;  // version byte
+  bytes.insert(bytes.end(), {0, 0, 0, 0});
+  kcMemArchive ar(bytes);
+  kcPtrHandle<TestNode> node;
+  try {
+    ar || node;
+    FAIL() << "no exception";
+  } catch (const kcArchive::UnknownVersion& e) {
+    EXPECT_EQ(e.file(), "tests/foundation/archive_test");
+    EXPECT_EQ(e.line(), 42);
+    EXPECT_EQ(e.errorNumber(), 0x10000301);
+  }
+}
+
+TEST(Archive, VisitedObjectDispatchesOncePerPass) {
+  TestNode node(3, "n");
+  kcMemArchive first;
+  first || node;
+  first || node;
+  EXPECT_EQ(node.dispatches, 1);
+  kcMemArchive second;
+  second || node;
+  EXPECT_EQ(node.dispatches, 2);
+  EXPECT_EQ(first.bytes(), second.bytes());
+  EXPECT_TRUE(node.haveVisited(second, TestNode::kMark));
+  EXPECT_FALSE(node.haveVisited(second, TestNode::kMark + 1));
+  TestNode copy(node);
+  EXPECT_FALSE(copy.haveVisited(second, TestNode::kMark));
+}
+
+TEST(Persistent, MutatingMarksChangedOnlyWhileTracking) {
+  TestNode node;
+  node.setValue(1);
+  EXPECT_FALSE(node.changed());
+  node.track(true);
+  EXPECT_TRUE(node.isTracking());
+  node.setValue(2);
+  EXPECT_TRUE(node.changed());
+  node.clearChanged();
+  EXPECT_FALSE(node.changed());
+}
+
+TEST(Persistent, RegistryMakesClassesByName) {
+  EXPECT_TRUE(kcPersistenceRegistry::knows("TestNode"));
+  std::unique_ptr<kcPersistent> made(kcPersistenceRegistry::make("kcShapesError::BadGeom"));
+  ASSERT_NE(made, nullptr);
+  EXPECT_STREQ(made->className(), "kcShapesError::BadGeom");
+  EXPECT_EQ(kcPersistenceRegistry::make("NoSuchClass"), nullptr);
+}
+
+// --- files ---
+
+TEST(FileArchive, RoundTripsAndReportsMissingFiles) {
+  auto path = (std::filesystem::temp_directory_path() / "dispc_archive_test.bin").string();
+  {
+    kcFileArchive out(path, kcArchive::Mode::store);
+    std::string text = "file";
+    std::int32_t n = 12;
+    out || text || n;
+  }
+  {
+    kcFileArchive in(path, kcArchive::Mode::load);
+    std::string text;
+    std::int32_t n = 0;
+    in || text || n;
+    EXPECT_EQ(text, "file");
+    EXPECT_EQ(n, 12);
+    EXPECT_TRUE(in.atEnd());
+    EXPECT_THROW(in || n, kcArchive::Corrupt);
+  }
+  std::filesystem::remove(path);
+  EXPECT_THROW(kcFileArchive(path, kcArchive::Mode::load), kcArchive::FileError);
+}
+
+}  // namespace
