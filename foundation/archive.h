@@ -3,7 +3,9 @@
 //
 // Wire format. Every multi-byte value is little-endian and unaligned. Integers
 // keep their width, except that long and unsigned long are always 32 bits
-// (a value outside that range is ValueOutOfRange when stored). bool is one
+// (a value outside that range is ValueOutOfRange when stored). Mind that on
+// LP64 platforms std::int64_t and std::size_t are long types: use long long
+// for a 64-bit field. bool is one
 // byte, 0 or 1. A string is a 32-bit byte count then the bytes; a wide string
 // is a 32-bit count of UTF-16 code units then the units. A vector is a 32-bit
 // element count then the elements.
@@ -243,7 +245,9 @@ kcArchive& operator||(kcArchive& ar, std::vector<T, A>& values) {
   }
   ar.checkCount(count, kcArchiveDetail::minStoredSize<T>());
   std::vector<T, A> loaded;
-  loaded.reserve(count);
+  // Only scalars have a known stored size; other elements grow the vector as
+  // their bytes arrive, so memory never runs ahead of the data.
+  if constexpr (std::is_arithmetic_v<T>) loaded.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
     T element{};  // a fresh object each time: its visited marks are clear
     ar || element;
