@@ -15,8 +15,9 @@ function(dispc_add_library name)
   endforeach()
   add_library(${name} ${sources})
   add_library(dispc::${name} ALIAS ${name})
+  # Installed libraries find each other in their own folder.
   set_target_properties(${name} PROPERTIES OUTPUT_NAME dispc_${name} VERSION ${PROJECT_VERSION}
-                                           SOVERSION ${PROJECT_VERSION_MAJOR})
+                                           SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "\$ORIGIN")
   target_compile_features(${name} PUBLIC cxx_std_20)
   dispc_warnings(${name})
   target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>

@@ -1,6 +1,7 @@
 #include "foundation/archive.h"
 
 #include <atomic>
+#include <memory>
 #include <ostream>
 
 namespace {
@@ -136,21 +137,21 @@ kcPersistent* kcArchive::loadNew_(bool shared) {
   if (length == 0 || length > kMaxClassName) throw Corrupt(L"bad class name");
   std::string name(length, '\0');
   rawTransfer(name.data(), length);
-  kcPersistent* p = kcPersistenceRegistry::make(name);
+  std::unique_ptr<kcPersistent> p(kcPersistenceRegistry::make(name));
   if (!p) throw Corrupt(L"unknown class " + std::wstring(name.begin(), name.end()));
-  std::size_t slot = loaded_.size();
-  if (shared) loaded_.push_back(nullptr);
-  try {
+  if (!shared) {
     p->dispatchSerialize(*this);
-  } catch (...) {
-    delete p;
-    throw;
+    return p.release();
   }
-  if (shared) {
-    loaded_[slot] = p;
-    if (auto* rep = dynamic_cast<kcRepBase*>(p)) keepAlive_.emplace_back(rep);
-  }
-  return p;
+  // Only reference-counted objects can be shared by handles.
+  auto* rep = dynamic_cast<kcRepBase*>(p.get());
+  if (!rep) throw Corrupt(L"shared object of a class without handles");
+  std::size_t slot = loaded_.size();
+  loaded_.push_back(nullptr);
+  p->dispatchSerialize(*this);
+  loaded_[slot] = p.get();
+  keepAlive_.emplace_back(rep);
+  return p.release();
 }
 
 // --- scalars and strings ---

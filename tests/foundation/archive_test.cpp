@@ -224,6 +224,7 @@ TEST(Archive, BadObjectDataIsCorrupt) {
       {"unknown tag", {7}},
       {"raw-object tag where a shared one is expected", {3, 8, 0, 0, 0, 'T', 'e', 's', 't', 'N', 'o', 'd', 'e'}},
       {"object of another class", {1, 9, 0, 0, 0, 'O', 't', 'h', 'e', 'r', 'N', 'o', 'd', 'e', 0}},
+      {"shared object of a class without handles", {1, 12, 0, 0, 0, 'k', 'c', 'B', 'a', 'd', 'P', 'o', 'i', 'n', 't', 'e', 'r', 0}},
   };
   for (const Case& c : cases) {
     kcMemArchive ar(c.bytes);
