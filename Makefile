@@ -1,5 +1,6 @@
 # Everyday commands. Each one first makes sure the build tools are there.
 #   make test     sanitizer build, all tests, then an installed-package check (what CI runs)
+#   make check-clang  the same sources and tests built with clang (CI runs it after make test)
 #   make demo     build and run the demo program
 #   make bench    release build, run the benchmarks
 #   make install  release build installed to PREFIX (default /usr/local)
@@ -17,11 +18,11 @@ PACKAGE_DIR := $(ASAN_DIR)/_package
 SOURCE_DIRS := foundation dispc tests bench fuzz examples
 
 # Debian packages the build needs; a command name is tested where there is one.
-DEB_PACKAGES := cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev
+DEB_PACKAGES := cmake ninja-build g++ clang libgtest-dev libgmock-dev libbenchmark-dev
 
 export UBSAN_OPTIONS ?= print_stacktrace=1
 
-.PHONY: all deps test demo bench install format clean
+.PHONY: all deps test check-clang demo bench install format clean
 
 all: deps
 	CXX=$(CXX) cmake --preset dev
@@ -34,6 +35,7 @@ deps:
 	    cmake) command -v cmake >/dev/null 2>&1 && continue ;; \
 	    ninja-build) command -v ninja >/dev/null 2>&1 && continue ;; \
 	    g++) command -v g++ >/dev/null 2>&1 && continue ;; \
+	    clang) command -v clang++ >/dev/null 2>&1 && continue ;; \
 	    *) dpkg -s $$pkg 2>/dev/null | grep -q '^Status: install ok installed' && continue ;; \
 	  esac; \
 	  missing="$$missing $$pkg"; \
@@ -61,6 +63,11 @@ test: deps
 	  "-DCMAKE_CXX_FLAGS=$(SANITIZE_FLAGS)" "-DCMAKE_EXE_LINKER_FLAGS=-fsanitize=address,undefined"
 	cmake --build $(PACKAGE_DIR) -j $(JOBS)
 	$(PACKAGE_DIR)/package_test
+
+check-clang: deps
+	cmake --preset clang
+	cmake --build --preset clang -j $(JOBS)
+	ctest --preset clang -j $(JOBS)
 
 demo: deps
 	CXX=$(CXX) cmake --preset dev
