@@ -30,8 +30,8 @@ inline constexpr kgr_color KGR_COLOR_PASS = 15;
 
 // The explicit colour (r, g, b).
 [[nodiscard]] constexpr kgr_color kgr_color_rgb(std::uint8_t r, std::uint8_t g, std::uint8_t b) noexcept {
-  return static_cast<kgr_color>((std::uint32_t{r} << 24) | (std::uint32_t{g} << 16) | (std::uint32_t{b} << 8) |
-                                0x80u);
+  return static_cast<kgr_color>((std::uint32_t{r} << 24) | (std::uint32_t{g} << 16) |
+                                (std::uint32_t{b} << 8) | 0x80u);
 }
 [[nodiscard]] constexpr bool kgr_color_isRGB(kgr_color c) noexcept { return (c & 0x80) != 0; }
 [[nodiscard]] constexpr std::uint8_t kgr_color_red(kgr_color c) noexcept {
