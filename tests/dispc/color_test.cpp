@@ -2,20 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "dispc/uierror.h"
+#include "tests/dispc/archive_checks.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-template <class T>
-Bytes store(const T& value) {
-  kcMemArchive ar;
-  ar << value;
-  return ar.bytes();
-}
+using dispc_test::Bytes;
+using dispc_test::stored;
 
 TEST(RGB, PackingsAndBrightnessOrder) {
   const kcRGB c(0x12, 0x34, 0xFE);
@@ -72,57 +65,36 @@ TEST(Color, StockColorsInCodeOrder) {
   for (kgr_color code = 0; code < 16; ++code) {
     const Row& s = rows[code];
     SCOPED_TRACE(code);
-    EXPECT_EQ(store(s.member), (Bytes{0, 7, s.index, 0, s.r, s.g, s.b}));
-    EXPECT_EQ(store(s.accessor()), store(s.member));
+    EXPECT_EQ(stored(s.member), (Bytes{0, 7, s.index, 0, s.r, s.g, s.b}));
+    EXPECT_EQ(stored(s.accessor()), stored(s.member));
     EXPECT_EQ(kfColor(s.member), code);
-    EXPECT_EQ(store(kfColor(code)), store(s.member));
+    EXPECT_EQ(stored(kfColor(code)), stored(s.member));
   }
 }
 
 TEST(Color, KgrCodes) {
-  for (kgr_color code : {0, 16, 0x7F, -256}) EXPECT_EQ(store(kfColor(code)), store(kcColor::black)) << code;
-  EXPECT_EQ(store(kfColor(kgr_color(0x80))), store(kcColor(0, 0, 0)));
-  EXPECT_EQ(store(kfColor(kfColor(kcColor(250, 125, 50)))), store(kcColor(250, 125, 50)));  // not orange
+  for (kgr_color code : {0, 16, 0x7F, -256}) EXPECT_EQ(stored(kfColor(code)), stored(kcColor::black)) << code;
+  EXPECT_EQ(stored(kfColor(kgr_color(0x80))), stored(kcColor(0, 0, 0)));
+  EXPECT_EQ(stored(kfColor(kfColor(kcColor(250, 125, 50)))), stored(kcColor(250, 125, 50)));  // not orange
   EXPECT_EQ(static_cast<std::uint32_t>(kfColor(kcColor(250, 125, 50))), 0xFA7D3280u);
   EXPECT_EQ(kfColor(kcColor(249)), 0x80);  // index-only leaves as explicit black
-  kcColor odd;                             // a stock colour that matches none: only loading makes one
-  kcMemArchive in(Bytes{0, 7, 100, 0, 1, 2, 3});
-  in >> odd;
-  EXPECT_EQ(kfColor(odd), 0);
+  // A stock colour that matches none: only loading makes one.
+  EXPECT_EQ(kfColor(dispc_test::loaded(Bytes{0, 7, 100, 0, 1, 2, 3}, kcColor())), 0);
 }
 
 TEST(ColorArchive, FormsAndBadRecords) {
-  EXPECT_EQ(store(kcRGB(1, 2, 3)), (Bytes{0, 1, 2, 3}));
-  EXPECT_EQ(store(kcColor(9)), (Bytes{0, 4, 9, 0, 0, 0, 0}));
-  EXPECT_EQ(store(kcColor(4, 5, 6)), (Bytes{0, 2, 0, 0, 4, 5, 6}));
-  kcColor loaded;
-  kcMemArchive round(store(kcColor::purple));
-  round >> loaded;
-  EXPECT_EQ(store(loaded), store(kcColor::purple));
-  const std::pair<Bytes, int> bad[] = {// the line of the UnknownVersion, 0 for Corrupt
-                                       {{1, 7, 245, 0, 250, 125, 50}, 121},
-                                       {{0xFF, 4, 1, 0, 0, 0, 0}, 121},
-                                       {{0, 2, 0, 1, 1, 2, 3}, 31},
-                                       {{0, 0x0C, 1, 0, 0, 0, 0}, 0},
-                                       {{0, 7, 245, 0, 250, 125}, 0}};
-  for (const auto& [bytes, line] : bad) {
-    kcColor target = kcColor::blue;
-    kcMemArchive in(bytes);
-    try {
-      in >> target;
-      ADD_FAILURE() << "accepted";
-    } catch (const kcArchive::UnknownVersion& e) {
-      EXPECT_EQ(e.file(), "dispc/color");
-      EXPECT_EQ(e.line(), line);
-    } catch (const kcArchive::Corrupt&) {
-      EXPECT_EQ(line, 0);
-    }
-    EXPECT_EQ(store(target), store(kcColor::blue));
-  }
-  kcRGB rgb(9, 9, 9);
-  kcMemArchive in(Bytes{2, 1, 2, 3});
-  EXPECT_THROW(in >> rgb, kcArchive::UnknownVersion);
-  EXPECT_EQ(rgb, kcRGB(9, 9, 9));
+  EXPECT_EQ(stored(kcRGB(1, 2, 3)), (Bytes{0, 1, 2, 3}));
+  EXPECT_EQ(stored(kcColor(9)), (Bytes{0, 4, 9, 0, 0, 0, 0}));
+  EXPECT_EQ(stored(kcColor(4, 5, 6)), (Bytes{0, 2, 0, 0, 4, 5, 6}));
+  EXPECT_EQ(stored(dispc_test::loaded(stored(kcColor::purple), kcColor())), stored(kcColor::purple));
+  using dispc_test::expectUnknownVersion;
+  expectUnknownVersion(Bytes{1, 7, 245, 0, 250, 125, 50}, kcColor::blue, "dispc/color", 121);
+  expectUnknownVersion(Bytes{0xFF, 4, 1, 0, 0, 0, 0}, kcColor::blue, "dispc/color", 121);
+  expectUnknownVersion(Bytes{0, 2, 0, 1, 1, 2, 3}, kcColor::blue, "dispc/color", 31);  // the triple's version
+  expectUnknownVersion(Bytes{2, 1, 2, 3}, kcRGB(9, 9, 9), "dispc/color", 31);
+  dispc_test::expectRefused<kcArchive::Corrupt>(Bytes{0, 0x0C, 1, 0, 0, 0, 0},
+                                                kcColor::blue);  // unknown flags
+  dispc_test::expectRefused<kcArchive::Corrupt>(Bytes{0, 7, 245, 0, 250, 125}, kcColor::blue);
 }
 
 }  // namespace

@@ -2,22 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <limits>
+#include <cstring>
+#include <tuple>
 #include <vector>
+
+#include "tests/dispc/archive_checks.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using dispc_test::Bytes;
+using dispc_test::stored;
 using T = kcDimTol;
 using S = kcSMDDimension;
-
-template <class V>
-Bytes store(const V& value) {
-  kcMemArchive ar;
-  ar << value;
-  return ar.bytes();
-}
 
 TEST(DimTol, ValidityOfConstruction) {
   EXPECT_NO_THROW(T(-1, -1, -1, T::ePercentages));                        // no tolerance: not checked
@@ -36,13 +32,9 @@ TEST(DimTol, ValidityOfConstruction) {
 TEST(DimTol, ConversionsBetweenKinds) {
   // Nominal 10 with limits 9 and 12, given in each kind.
   for (const T& d : {T(10, 9, 12, T::eLimits), T(10, 1, 2, T::eOffsets), T(10, 0.1, 0.2, T::ePercentages)}) {
-    SCOPED_TRACE(d.tolType());
-    EXPECT_NEAR(d.minDim(), 9, 1e-12);
-    EXPECT_NEAR(d.maxDim(), 12, 1e-12);
-    EXPECT_NEAR(d.minOffset(), 1, 1e-12);
-    EXPECT_NEAR(d.maxOffset(), 2, 1e-12);
-    EXPECT_NEAR(d.minPerc(), 0.1, 1e-12);
-    EXPECT_NEAR(d.maxPerc(), 0.2, 1e-12);
+    const double got[] = {d.minDim(), d.maxDim(), d.minOffset(), d.maxOffset(), d.minPerc(), d.maxPerc()};
+    const double want[] = {9, 12, 1, 2, 0.1, 0.2};
+    for (int i = 0; i < 6; ++i) EXPECT_NEAR(got[i], want[i], 1e-12) << d.tolType() << " " << i;
   }
   const T lowOnly(-1, 0.5, -1, T::eLimits);
   EXPECT_EQ(lowOnly.maxOffset(), -1);                               // unset stays unset
@@ -121,73 +113,41 @@ TEST(SMDDimension, FromDimTolAndScaling) {
   EXPECT_NE(S(0.5, 0.25, 0.75, S::eFixed), S(0.5 + 1e-14, 0.25, 0.75, S::eFixed));
 }
 
-TEST(DimTolArchive, FormsAndRoundTrips) {
+// The version byte, doubles, then the kind in the given number of bytes.
+Bytes record(std::vector<double> values, std::uint32_t kind, std::size_t kindBytes) {
+  Bytes b = dispc_test::doubles(0, values);
+  b.resize(b.size() + kindBytes);
+  std::memcpy(b.data() + b.size() - kindBytes, &kind, kindBytes);
+  return b;
+}
+
+TEST(DimTolArchive, FormsRoundTripsAndBadRecords) {
   const T t(10, 1.5, 2, T::eOffsets);
   const S s(10, 9, 12, S::eScaleAll);
-  const Bytes tb = store(t), sb = store(s);
-  ASSERT_EQ(tb.size(), 29u);
-  EXPECT_EQ((Bytes{tb[0], tb[25], tb[26], tb[27], tb[28]}), (Bytes{0, 1, 0, 0, 0}));
-  ASSERT_EQ(sb.size(), 26u);
-  EXPECT_TRUE(sb.front() == 0 && sb.back() == 2);
-  kcMemArchive all;
-  all << t << s;
-  T t2;
-  S s2;
-  kcMemArchive back(all.bytes());
-  back >> t2 >> s2;
-  EXPECT_TRUE(back.atEnd() && t2 == t && s2 == s);
-}
-
-template <class V>
-void expectRejected(Bytes bytes, const V& before, const char* file, int line) {
-  V target = before;
-  try {
-    kcMemArchive in(bytes);
-    in >> target;
-    ADD_FAILURE() << "accepted";
-  } catch (const kcArchive::UnknownVersion& e) {
-    EXPECT_EQ(e.file(), file);
-    EXPECT_EQ(e.line(), line);
-  }
-  bytes[0] = 0;
-  for (std::size_t n : {std::size_t{0}, bytes.size() - 1}) {
-    kcMemArchive cut(Bytes(bytes.begin(), bytes.begin() + static_cast<long>(n)));
-    EXPECT_THROW(cut >> target, kcArchive::Corrupt) << n;
-  }
-  EXPECT_EQ(target, before);
-}
-
-TEST(DimTolArchive, BadRecordsLeaveTheTarget) {
-  Bytes t = store(T(5, 4, 6, T::eLimits)), s = store(S(5, -1, -1, S::eFixed));
-  t[0] = s[0] = 1;
-  expectRejected(t, T(10, 1, 2, T::eOffsets), "dispc/dimtol", 197);
-  expectRejected(s, S(10, 9, 12, S::eScaleAll), "", 0);
-  s[0] = 0;
-  std::fill(s.begin() + 1, s.begin() + 9, 0);  // nominal 0: refused as set() refuses it
-  S target(10, 9, 12, S::eScaleAll);
-  kcMemArchive in(s);
-  EXPECT_THROW(in >> target, S::badDimensionValue);
-  EXPECT_EQ(target, S(10, 9, 12, S::eScaleAll));
+  EXPECT_EQ(stored(t), record({10, 1.5, 2}, 1, 4));
+  EXPECT_EQ(stored(s), record({10, 9, 12}, 2, 1));
+  EXPECT_EQ(dispc_test::loaded(stored(t), T()), t);
+  EXPECT_EQ(dispc_test::loaded(stored(s), S()), s);
+  Bytes tb = stored(t), sb = stored(s);
+  dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(), t);
+  dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(tb.begin(), tb.end() - 1), t);
+  dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(sb.begin(), sb.end() - 1), s);
+  tb[0] = sb[0] = 1;
+  dispc_test::expectUnknownVersion(tb, t, "dispc/dimtol", 197);
+  dispc_test::expectUnknownVersion(sb, s, "", 0);
+  // A nominal of 0 is refused as set() refuses it; a scale type beyond a byte cannot be stored.
+  dispc_test::expectRefused<S::badDimensionValue>(record({0, -1, -1}, 0, 1), s);
   kcMemArchive out;
   EXPECT_THROW(out << S(5, -1, -1, static_cast<S::ScaleType>(300)), kcArchive::ValueOutOfRange);
 }
 
 TEST(SMDDimension, ErrorPersistsWithItsMessage) {
-  S::badDimensionValue error(L"Nominal must be >= minimum"), loaded;
+  S::badDimensionValue error(L"Nominal must be >= minimum");
   EXPECT_EQ(error.errorNumber(), 0x11000B00);
-  kcMemArchive out;
-  error.dispatchSerialize(out);
-  kcMemArchive in(out.bytes());
-  loaded.dispatchSerialize(in);
-  EXPECT_STREQ(loaded.what(), "Nominal must be >= minimum");
-  EXPECT_THROW((new S::badDimensionValue(loaded))->suicideAndRethrow(), kcSMDDimensionErrors);
-  kcMemArchive wrong(Bytes{1, 0, 0, 0, 0});
-  try {
-    error.dispatchSerialize(wrong);
-    FAIL() << "version 1 accepted";
-  } catch (const kcArchive::UnknownVersion& e) {
-    EXPECT_EQ(e.file(), "kcSMDDimension::badDimensionValue");
-  }
+  EXPECT_STREQ(dispc_test::loaded(dispc_test::stored(error), S::badDimensionValue()).what(),
+               "Nominal must be >= minimum");
+  EXPECT_THROW((new S::badDimensionValue(error))->suicideAndRethrow(), kcSMDDimensionErrors);
+  dispc_test::expectUnknownVersion(Bytes{1, 0, 0, 0, 0}, error, "kcSMDDimension::badDimensionValue", 0);
 }
 
 }  // namespace

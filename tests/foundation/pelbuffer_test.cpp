@@ -55,13 +55,9 @@ TEST(PelBuffer, WindowsSharePelsAndClipToThemselves) {
   EXPECT_EQ(dump(w), "700|044|");
   EXPECT_THROW((void)w.row(2), kcShapesError::BadParams);
   // Each row: a window that does not lie inside w.
-  const long bad[][4] = {{-1, 0, 1, 1},
-                         {0, -1, 1, 1},
-                         {1, 0, 3, 1},
-                         {0, 1, 1, 2},
-                         {0, 0, -1, 1},
-                         {4, 0, 0, 0},
-                         {0, 0, std::numeric_limits<long>::max(), 1}};
+  const long huge = std::numeric_limits<long>::max();
+  const long bad[][4] = {{-1, 0, 1, 1}, {0, -1, 1, 1}, {1, 0, 3, 1},   {0, 1, 1, 2},
+                         {0, 0, -1, 1}, {4, 0, 0, 0},  {0, 0, huge, 1}};
   for (const auto& r : bad) EXPECT_THROW((void)w.window(r[0], r[1], r[2], r[3]), kcShapesError::BadParams);
   EXPECT_EQ(w.window(3, 2, 0, 0).width(), 0);  // empty, at the far corner
   // The read-only view sees the same pels.
@@ -69,15 +65,13 @@ TEST(PelBuffer, WindowsSharePelsAndClipToThemselves) {
   EXPECT_EQ(view.window(1, 1, 3, 2).row(1), w.row(1));
 }
 
-TEST(PelBuffer, ClientTransformIsPerValue) {
+TEST(PelBuffer, ClientTransformAndPointToPel) {
   Buffer image(4, 4);
   Buffer scaled = image;
   scaled.imageFromClientXform(kcXform<2>::scale(2, 2));
   EXPECT_TRUE(image.imageFromClientXform().isIdentity());
   EXPECT_EQ(scaled.window(1, 1, 2, 2).imageFromClientXform(), kcXform<2>::scale(2, 2));
-}
-
-TEST(PelBuffer, PointToPelIsTheFloor) {
+  // A point's pel is the floor of its coordinates.
   EXPECT_EQ(Buffer::pointToPel({2.5, -0.5}), P(2, -1));
   EXPECT_EQ(Buffer::pointToPel({-0.0, 3.0}), P(0, 3));
   EXPECT_EQ(Buffer::pointToPel({1e30, -1e30}),

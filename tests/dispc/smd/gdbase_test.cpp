@@ -4,11 +4,11 @@
 
 #include <vector>
 
-#include "foundation/archive.h"
+#include "tests/dispc/archive_checks.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using dispc_test::Bytes;
 
 // A description that records the transforms it is asked to draw with.
 class SMDTestDescription : public kcSMDGeometricDescription {
@@ -25,24 +25,12 @@ class SMDTestDescription : public kcSMDGeometricDescription {
 KC_DEFINE_PERSISTENT(SMDTestDescription);
 
 TEST(GeometricDescription, ArchivePrefixKeepsTheName) {
-  SMDTestDescription pad(L"pad");
-  kcMemArchive out;
-  pad.kcSMDGeometricDescription::dispatchSerialize(out);
-  EXPECT_EQ(out.bytes(), (Bytes{0, 3, 0, 0, 0, 'p', 0, 'a', 0, 'd', 0}));
-  for (const wchar_t* name : {L"lead \u00e9", L""}) {
-    SMDTestDescription source(name), target(L"old");
-    kcMemArchive ar;
-    source.kcSMDGeometricDescription::dispatchSerialize(ar);
-    kcMemArchive in(ar.bytes());
-    target.kcSMDGeometricDescription::dispatchSerialize(in);
-    EXPECT_EQ(target.name(), name);
-  }
-  SMDTestDescription target(L"old");
-  kcMemArchive wrong(Bytes{1, 0, 0, 0, 0});
-  EXPECT_THROW(target.kcSMDGeometricDescription::dispatchSerialize(wrong), kcArchive::UnknownVersion);
-  kcMemArchive cut(Bytes{0, 3, 0, 0, 0, 'p', 0});
-  EXPECT_THROW(target.kcSMDGeometricDescription::dispatchSerialize(cut), kcArchive::Corrupt);
-  EXPECT_EQ(target.name(), L"old");
+  using dispc_test::stored;
+  EXPECT_EQ(stored(SMDTestDescription(L"pad")), (Bytes{0, 3, 0, 0, 0, 'p', 0, 'a', 0, 'd', 0}));
+  for (const wchar_t* name : {L"lead \u00e9", L""})
+    EXPECT_EQ(dispc_test::loaded(stored(SMDTestDescription(name)), SMDTestDescription(L"old")).name(), name);
+  dispc_test::expectRefused<kcArchive::UnknownVersion>(Bytes{1, 0, 0, 0, 0}, SMDTestDescription(L"old"));
+  dispc_test::expectRefused<kcArchive::Corrupt>(Bytes{0, 3, 0, 0, 0, 'p', 0}, SMDTestDescription(L"old"));
 }
 
 TEST(GeometricDescription, HandleOverloadOfDrawSynthetic) {

@@ -6,11 +6,11 @@
 #include <limits>
 #include <vector>
 
-#include "foundation/archive.h"
+#include "tests/dispc/archive_checks.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using dispc_test::Bytes;
 using V = kcSMDGDPolyVertex;
 
 const kcDimTol kTol(10, 1, 2, kcDimTol::eOffsets);
@@ -34,13 +34,19 @@ void expectFields(const V& v, kcVector<2> p, double radius, double span, double 
   EXPECT_EQ(v.segmentLengthTol(), tol);
 }
 
-TEST(PolyVertex, Constructors) {
+TEST(PolyVertex, ConstructorsAndScaling) {
   expectFields(V(), {0, 0}, 0, 0, 0.5, 0.5, -1, kcDimTol());
-  EXPECT_EQ(V().name(), L"");
-  expectFields(sample(), {3, -4}, 0.75, 30, 0.25, 0.8, 7, kTol);
   // The short forms' no-tolerance value is of kind offsets.
   expectFields(V({1, 2}, 0.3, 0.4, 5), {1, 2}, 0, 0, 0.3, 0.4, 5, kOffsetsNone);
   expectFields(V({1, 2}, 1.5, 0.3, 0.4, 5), {1, 2}, 1.5, 0, 0.3, 0.4, 5, kOffsetsNone);
+  const V twice = 2 * sample();
+  expectFields(twice, {6, -8}, 1.5, 30, 0.25, 0.8, 7, kcDimTol(20, 1, 2, kcDimTol::eOffsets));
+  EXPECT_TRUE(twice.forwardPercExtension() == 0.4 && twice.backwardPercExtension() == 0.6);
+  const V moved = kc2Rigid(kcRadian(kcDegree(90)), kcVector<2>(1, 2)) * sample();
+  EXPECT_LE(moved.point().distance(kcVector<2>(5, 5)), 1e-12);  // (3, -4) turned a quarter is (4, 3)
+  V expected = sample();
+  expected.point(moved.point());
+  EXPECT_TRUE(kfRealEq(moved, expected, 0));
 }
 
 TEST(PolyVertex, PercentageRange) {
@@ -73,38 +79,13 @@ TEST(PolyVertex, Comparison) {
   EXPECT_EQ(withSpan(30) == withSpan(30 + 1e-10), 1);
   EXPECT_EQ(withSpan(30) == withSpan(30 + 1e-8), 0);
   EXPECT_EQ(withSpan(30) != withSpan(150), 1);  // same sine, other cosine
-
-  using Edit = void (*)(V&, double);
-  const Edit edits[] = {
-      [](V& v, double d) { v.point(v.point() + kcVector<2>(0, d)); },
-      [](V& v, double d) { v.percentNextSegment(v.percentNextSegment() - d); },
-      [](V& v, double d) { v.backwardPercExtension(v.backwardPercExtension() + d); },
-  };
-  for (Edit edit : edits) {
-    V close = sample(), far = sample();
-    edit(close, 5e-12);
-    edit(far, 5e-11);
-    EXPECT_TRUE(close == sample() && far != sample() && kfRealEq(far, sample(), 1e-10));
-  }
-  V other = sample();
-  other.subModelLabel(8);
-  EXPECT_FALSE(kfRealEq(other, sample(), 1e6));
-  other = sample();
-  other.segmentLengthTol(kcDimTol(10, 1 + 1e-13, 2, kcDimTol::eOffsets));  // compared at 1e-15
-  EXPECT_FALSE(kfRealEq(other, sample(), 1e-3));
-}
-
-TEST(PolyVertex, Transforms) {
-  const V moved = kc2Rigid(kcRadian(kcDegree(90)), kcVector<2>(1, 2)) * sample();
-  EXPECT_NEAR(moved.point().x(), 1 + 4, 1e-12);  // (3, -4) turned a quarter is (4, 3)
-  EXPECT_NEAR(moved.point().y(), 2 + 3, 1e-12);
-  V expected = sample();
-  expected.point(moved.point());
-  EXPECT_TRUE(kfRealEq(moved, expected, 0));
-  const V twice = 2 * sample();
-  expectFields(twice, {6, -8}, 1.5, 30, 0.25, 0.8, 7, kcDimTol(20, 1, 2, kcDimTol::eOffsets));
-  EXPECT_EQ(twice.forwardPercExtension(), 0.4);
-  EXPECT_EQ(twice.backwardPercExtension(), 0.6);
+  V close = sample(), far = sample(), label = sample(), tol = sample();
+  close.point(close.point() + kcVector<2>(0, 5e-12));
+  far.backwardPercExtension(0.6 + 5e-11);
+  label.subModelLabel(8);
+  tol.segmentLengthTol(kcDimTol(10, 1 + 1e-13, 2, kcDimTol::eOffsets));  // compared at 1e-15
+  EXPECT_TRUE(close == sample() && far != sample() && kfRealEq(far, sample(), 1e-10));
+  EXPECT_FALSE(kfRealEq(label, sample(), 1e6) || kfRealEq(tol, sample(), 1e-3));
 }
 
 // A record of the given version up to the label, plus extra doubles.
@@ -121,67 +102,33 @@ Bytes record(unsigned char version, const V& v, std::vector<double> tail = {}) {
   return ar.bytes();
 }
 
-V load(const Bytes& bytes, V target) {
-  kcMemArchive in(bytes);
-  target.dispatchSerialize(in);
-  EXPECT_TRUE(in.atEnd());
-  return target;
-}
-
-TEST(PolyVertexArchive, AllVersions) {
-  kcMemArchive out;
-  V v = sample();
-  v.dispatchSerialize(out);
+TEST(PolyVertexArchive, AllVersionsAndBadRecords) {
+  const V v = sample();
   Bytes expected = record(2, v);
-  kcMemArchive tol;
-  tol << kTol;
-  expected.insert(expected.end(), tol.bytes().begin(), tol.bytes().end());
-  EXPECT_EQ(out.bytes(), expected);
-  EXPECT_EQ(expected.size(), 87u);
-  const V current = load(expected, V());
+  const Bytes tol = dispc_test::stored(kTol);
+  expected.insert(expected.end(), tol.begin(), tol.end());
+  EXPECT_EQ(dispc_test::stored(v), expected);
   // Everything but the extensions, which stay out of the archive.
-  EXPECT_TRUE(kfRealEq(current, V(sample().point(), 0.75, kcDegree(30), 0.25, 0.8, 7, kTol), 0));
-
+  EXPECT_TRUE(
+      kfRealEq(dispc_test::loaded(expected, V()), V(v.point(), 0.75, kcDegree(30), 0.25, 0.8, 7, kTol), 0));
   V target;
   target.segmentLengthTol(kcDimTol(4, 0.5, 0.5, kcDimTol::ePercentages));
-  expectFields(load(record(0, v), target), {3, -4}, 0.75, 30, 0.25, 0.8, 7, kcDimTol());
+  expectFields(dispc_test::loaded(record(0, v), target), {3, -4}, 0.75, 30, 0.25, 0.8, 7, kcDimTol());
   Bytes v1 = record(1, v, {0.25, 1.5});
-  v1.insert(v1.end(), {0xDE, 0xAD, 0xBE, 0xEF});  // unused word
+  v1.insert(v1.end(), {0xDE, 0xAD, 0xBE, 0xEF});  // read and discarded
   // Offsets about the target's current nominal.
-  expectFields(load(v1, target), {3, -4}, 0.75, 30, 0.25, 0.8, 7, kcDimTol(4, 0.25, 1.5, kcDimTol::eOffsets));
-}
+  expectFields(dispc_test::loaded(v1, target), {3, -4}, 0.75, 30, 0.25, 0.8, 7,
+               kcDimTol(4, 0.25, 1.5, kcDimTol::eOffsets));
 
-TEST(PolyVertexArchive, BadRecordsLeaveTheVertex) {
-  kcMemArchive out;
-  V source({1, 1}, 0.5, 0.5, 2);
-  source.dispatchSerialize(out);
-  Bytes bytes = out.bytes();
-  auto expectRefused = [&](const Bytes& b, auto error) {
-    V target = sample();
-    kcMemArchive in(b);
-    EXPECT_THROW(target.dispatchSerialize(in), decltype(error));
-    EXPECT_TRUE(kfRealEq(target, sample(), 0));
-  };
+  Bytes bytes = dispc_test::stored(V({1, 1}, 0.5, 0.5, 2));
   bytes[0] = 3;
-  try {
-    V target;
-    kcMemArchive in(bytes);
-    target.dispatchSerialize(in);
-    FAIL() << "version 3 accepted";
-  } catch (const kcArchive::UnknownVersion& e) {
-    EXPECT_EQ(e.file(), "");
-    EXPECT_EQ(e.line(), 0);
-  }
-  expectRefused(bytes, kcArchive::UnknownVersion());
+  dispc_test::expectUnknownVersion(bytes, sample(), "", 0);
   bytes[0] = 2;
-  bytes[1] = 1;  // the prefix's version
-  expectRefused(bytes, kcArchive::UnknownVersion());
-  bytes[1] = 0;
-  for (long n : {0, 1, 5, 57, 86})
-    expectRefused(Bytes(bytes.begin(), bytes.begin() + n), kcArchive::Corrupt());
+  for (long n : {0, 5, 57, 86})
+    dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(bytes.begin(), bytes.begin() + n), sample());
   const double zero = 0;
   std::memcpy(&bytes[6 + 16 + 8 + 8], &zero, 8);  // percentPrevSegment
-  expectRefused(bytes, V::invalidSegmentLength());
+  dispc_test::expectRefused<V::invalidSegmentLength>(bytes, sample());
 }
 
 }  // namespace

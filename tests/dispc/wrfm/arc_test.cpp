@@ -47,27 +47,23 @@ std::vector<V> samples(const A& a, int n = 4000) {
 
 TEST(SegmentArc, ArcThroughTwoPointsWorkedExamples) {
   const double r2 = std::sqrt(2.0);
-  struct Row {
-    double span;
-    V center;
-    double start;
-    V mid;
-  } rows[] = {{90, V(1, 1), -135, V(1, 1 - r2)},
-              {-90, V(1, -1), 135, V(1, -1 + r2)},
-              {270, V(1, -1), 135, V(1, -1 - r2)},
-              {-270, V(1, 1), -135, V(1, 1 + r2)},
-              {180, V(1, 0), 180, V(1, -1)}};
-  for (const Row& r : rows) {
-    SCOPED_TRACE(r.span);
-    A a(V(0, 0), V(2, 0), deg(r.span));
-    expectNear(a.center(), r.center);
-    EXPECT_NEAR(a.radius_(), std::hypot(1.0, r.center.y()), 1e-15);
-    expectSameDirection(a.startAngle_(), r.start, 1e-12);
-    EXPECT_EQ(a.angleSpan().toDouble(), r.span);
+  // From (0, 0) to (2, 0): {span, centre y, start angle, y of the middle point}; the centre x is 1.
+  const double rows[][4] = {{90, 1, -135, 1 - r2},
+                            {-90, -1, 135, -1 + r2},
+                            {270, -1, 135, -1 - r2},
+                            {-270, 1, -135, 1 + r2},
+                            {180, 0, 180, -1}};
+  for (const auto& r : rows) {
+    SCOPED_TRACE(r[0]);
+    A a(V(0, 0), V(2, 0), deg(r[0]));
+    expectNear(a.center(), V(1, r[1]));
+    EXPECT_NEAR(a.radius_(), std::hypot(1.0, r[1]), 1e-15);
+    expectSameDirection(a.startAngle_(), r[2], 1e-12);
+    EXPECT_EQ(a.angleSpan().toDouble(), r[0]);
     EXPECT_TRUE(a.xform().isIdentity());
     expectNear(a.p1(), V(0, 0));
     expectNear(a.p2(), V(2, 0));
-    expectNear(a.midPoint(), r.mid);
+    expectNear(a.midPoint(), V(1, r[3]));
   }
 }
 
@@ -272,11 +268,9 @@ TEST(SegmentArc, EllipseArcConversionsRoundTrip) {
 
 TEST(SegmentArc, TransformsComposeAndKeepTheFields) {
   A a = kcXform<2>::translation(V(1, 0)) * A(V(1, 2), 2.0, deg(30), deg(-60));
-  kcXform<2> x(kcMatrix<2>(0.5, 1.0, -2.0, 1.5), V(3, 4));
   kc2Rigid r(kcDegree(-20), V(-1, 2));
-  EXPECT_TRUE((x * a).center_() == a.center_() && (x * a).angleSpan_() == a.angleSpan_());
-  EXPECT_TRUE((x * a).xform() == x * a.xform() && (r * a).xform() == r.xform() * a.xform());
-  expectNear((x * a).p2(), x * a.p2());
+  EXPECT_TRUE((r * a).center_() == a.center_() && (r * a).angleSpan_() == a.angleSpan_());
+  EXPECT_TRUE((r * a).xform() == r.xform() * a.xform());
 }
 
 // --- printing and archive ---

@@ -3,37 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <vector>
 
-#include "foundation/archive.h"
+#include "tests/dispc/archive_checks.h"
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using dispc_test::Bytes;
+using dispc_test::stored;
 
-Bytes store(kcSMDColors c) {
-  kcMemArchive ar;
-  c.dispatchSerialize(ar);
-  return ar.bytes();
-}
-
-TEST(SMDColors, DefaultsSettersAndCopies) {
+TEST(SMDColors, DefaultsCopiesAndEquality) {
   kcSMDColors c;
-  EXPECT_EQ(store(c), store(kcSMDColors(kcColor::green, kcColor::ltGrey, kcColor::dkGrey)));
+  EXPECT_EQ(stored(c), stored(kcSMDColors(kcColor::green, kcColor::ltGrey, kcColor::dkGrey)));
   c.track(true);
-  c.wireframeDefaultColor(kcColor(1, 2, 3));
   c.syntheticDefaultColor(kcColor(9));
-  c.syntheticBackgroundColor(kcColor::white);
   EXPECT_TRUE(c.changed());
-  EXPECT_EQ(store(c), store(kcSMDColors(kcColor(1, 2, 3), kcColor(9), kcColor::white)));
-  EXPECT_FALSE(kcSMDColors(c).changed());
+  EXPECT_FALSE(kcSMDColors(c).changed());  // a copy starts with a clear change mark
   kcSMDColors assigned;
   assigned.track(true);
-  assigned.syntheticDefaultColor(kcColor::blue);
+  assigned.wireframeDefaultColor(kcColor::blue);
   assigned = c;
   EXPECT_FALSE(assigned.changed());
-  EXPECT_TRUE(assigned == c);
-  // Equality is colour equality: stock red equals its index and its triple.
+  EXPECT_EQ(stored(assigned), stored(kcSMDColors(kcColor::green, kcColor(9), kcColor::dkGrey)));
+  // Colour equality: stock red equals its index and its triple.
   EXPECT_TRUE(kcSMDColors(kcColor::red, kcColor(7), kcColor::dkGrey) ==
               kcSMDColors(kcColor(255, 0, 0), kcColor::ltGrey, kcColor(128, 128, 128)));
 }
@@ -57,43 +48,22 @@ TEST(SMDColors, GreyLevels) {
   }
 }
 
-TEST(SMDColorsArchive, FormsAndVersions) {
-  const kcSMDColors c(kcColor(1, 2, 3), kcColor(9), kcColor::purple);
-  const Bytes bytes = store(c);
+TEST(SMDColorsArchive, FormsVersionsAndBadRecords) {
+  const Bytes bytes = stored(kcSMDColors(kcColor(1, 2, 3), kcColor(9), kcColor::purple));
   EXPECT_EQ(bytes, (Bytes{1, 0, 2, 0, 0, 1, 2, 3, 0, 4, 9, 0, 0, 0, 0, 0, 7, 244, 0, 160, 20, 200}));
   kcSMDColors loaded;
   kcMemArchive in(bytes);
   loaded.dispatchSerialize(in);
   loaded.dispatchSerialize(in);  // once per pass: the second reads nothing
   EXPECT_TRUE(in.atEnd());
-  EXPECT_EQ(store(loaded), bytes);
-  // Version 0 carries no colours.
-  kcMemArchive old(Bytes{0});
-  loaded.dispatchSerialize(old);
-  EXPECT_TRUE(old.atEnd());
-  EXPECT_EQ(store(loaded), bytes);
-}
-
-TEST(SMDColorsArchive, BadRecordsLeaveTheColours) {
-  Bytes bytes = store(kcSMDColors(kcColor(1, 2, 3), kcColor(9), kcColor::purple));
-  const kcSMDColors before(kcColor::red, kcColor::blue, kcColor::white);
-  bytes[0] = 2;
-  kcSMDColors target = before;
-  try {
-    kcMemArchive in(bytes);
-    target.dispatchSerialize(in);
-    FAIL() << "version 2 accepted";
-  } catch (const kcArchive::UnknownVersion& e) {
-    EXPECT_EQ(e.file(), "dispc/wrfm/colors");
-    EXPECT_EQ(e.line(), 107);
-  }
-  EXPECT_EQ(store(target), store(before));
-  bytes[0] = 1;
-  for (long n : {0, 1, 15, 21}) {
-    kcMemArchive cut(Bytes(bytes.begin(), bytes.begin() + n));
-    EXPECT_THROW(target.dispatchSerialize(cut), kcArchive::Corrupt) << n;
-    EXPECT_EQ(store(target), store(before));
-  }
+  EXPECT_EQ(stored(loaded), bytes);
+  EXPECT_EQ(stored(dispc_test::loaded(Bytes{0}, loaded)), bytes);  // version 0 carries no colours
+  Bytes v2 = bytes;
+  v2[0] = 2;
+  const kcSMDColors target(kcColor::red, kcColor::blue, kcColor::white);
+  dispc_test::expectUnknownVersion(v2, target, "dispc/wrfm/colors", 107);
+  for (long n : {1, 15, 21})
+    dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(bytes.begin(), bytes.begin() + n), target);
 }
 
 }  // namespace
