@@ -2,7 +2,6 @@
 // foundation library's included.
 #pragma once
 
-#include "foundation/foundation.h"
 #include "dispc/color.h"
 #include "dispc/dimtol.h"
 #include "dispc/dispprop.h"
@@ -18,3 +17,4 @@
 #include "dispc/wrfm/arc.h"
 #include "dispc/wrfm/colors.h"
 #include "dispc/wrfm/lineseg.h"
+#include "foundation/foundation.h"

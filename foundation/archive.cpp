@@ -232,7 +232,8 @@ kcArchive& operator||(kcArchive& ar, std::wstring& value) {
 
 kcMemArchive::kcMemArchive() : kcArchive(Mode::store) {}
 
-kcMemArchive::kcMemArchive(std::vector<std::uint8_t> bytes) : kcArchive(Mode::load), bytes_(std::move(bytes)) {}
+kcMemArchive::kcMemArchive(std::vector<std::uint8_t> bytes)
+    : kcArchive(Mode::load), bytes_(std::move(bytes)) {}
 
 std::uint64_t kcMemArchive::remaining() const noexcept { return isLoading() ? bytes_.size() - pos_ : 0; }
 

@@ -186,8 +186,7 @@ kcArchive& operator||(kcArchive& ar, std::wstring& value);
 
 // --- persistent values and handles ---
 
-template <class T>
-  requires std::derived_from<T, kcPersistent>
+template <std::derived_from<kcPersistent> T>
 kcArchive& operator||(kcArchive& ar, T& value) {
   value.dispatchSerialize(ar);
   return ar;
@@ -219,8 +218,10 @@ namespace kcArchiveDetail {
 // The fewest bytes one stored element can take.
 template <class T>
 constexpr std::uint64_t minStoredSize() {
-  if constexpr (std::is_arithmetic_v<T>) return std::same_as<T, long> || std::same_as<T, unsigned long> ? 4 : sizeof(T);
-  else return 1;
+  if constexpr (std::is_arithmetic_v<T>)
+    return std::same_as<T, long> || std::same_as<T, unsigned long> ? 4 : sizeof(T);
+  else
+    return 1;
 }
 }  // namespace kcArchiveDetail
 

@@ -7,9 +7,7 @@
 
 // --- kcException ---
 
-void kcException::message_(std::wostream& out) const {
-  out << L"error 0x" << std::hex << errorNumber();
-}
+void kcException::message_(std::wostream& out) const { out << L"error 0x" << std::hex << errorNumber(); }
 
 std::wstring kcException::message() const {
   std::wostringstream out;
@@ -75,7 +73,7 @@ void kfThrowBadPointer() { throw kcBadPointer(); }
 KC_DEFINE_EXCEPTION(kcMathError::Singular, 0x10000101, kcException);
 void kcMathError::Singular::message_(std::wostream& out) const { out << L"singular matrix"; }
 
-#define KC_SHAPES_ERROR_(Name, number, text) \
+#define KC_SHAPES_ERROR_(Name, number, text)                     \
   KC_DEFINE_EXCEPTION(kcShapesError::Name, number, kcException); \
   void kcShapesError::Name::message_(std::wostream& out) const { out << text; }
 KC_SHAPES_ERROR_(BadGeom, 0x10000201, L"bad geometry")

@@ -37,31 +37,31 @@ class kcException : public std::exception, public virtual kcPersistent {
 };
 
 // Declares the members every concrete exception class repeats.
-#define KC_DECLARE_EXCEPTION(Class)                     \
-  KC_DECLARE_PERSISTENT(Class);                         \
-  [[nodiscard]] long errorNumber() const override;      \
-  [[noreturn]] void suicideAndRethrow() override;       \
-  [[noreturn]] void rethrow() const override;           \
+#define KC_DECLARE_EXCEPTION(Class)                \
+  KC_DECLARE_PERSISTENT(Class);                    \
+  [[nodiscard]] long errorNumber() const override; \
+  [[noreturn]] void suicideAndRethrow() override;  \
+  [[noreturn]] void rethrow() const override;      \
   void dispatchSerialize(kcArchive& ar) override
 
 // Defines them for an exception whose only state is its class. The version
 // byte must be 0 (an UnknownVersion naming the class otherwise); Body is the
 // class whose serialize_ transfers the fields (the base for a stateless error).
-#define KC_DEFINE_EXCEPTION(Class, number, Body)                         \
-  KC_DEFINE_PERSISTENT(Class);                                           \
-  long Class::errorNumber() const { return number; }                     \
-  void Class::suicideAndRethrow() {                                      \
-    Class copy(*this);                                                   \
-    delete this;                                                         \
-    throw copy;                                                          \
-  }                                                                      \
-  void Class::rethrow() const { throw *this; }                           \
-  void Class::dispatchSerialize(kcArchive& ar) {                         \
-    unsigned char version = 0;                                           \
-    if (!beginDispatch_(ar, kExceptionMark, version)) return;            \
-    if (version != 0) throw kcArchive::UnknownVersion(#Class, 0);        \
-    Body::serialize_(ar, version);                                       \
-    setVisited(ar, kExceptionMark);                                      \
+#define KC_DEFINE_EXCEPTION(Class, number, Body)                  \
+  KC_DEFINE_PERSISTENT(Class);                                    \
+  long Class::errorNumber() const { return number; }              \
+  void Class::suicideAndRethrow() {                               \
+    Class copy(*this);                                            \
+    delete this;                                                  \
+    throw copy;                                                   \
+  }                                                               \
+  void Class::rethrow() const { throw *this; }                    \
+  void Class::dispatchSerialize(kcArchive& ar) {                  \
+    unsigned char version = 0;                                    \
+    if (!beginDispatch_(ar, kExceptionMark, version)) return;     \
+    if (version != 0) throw kcArchive::UnknownVersion(#Class, 0); \
+    Body::serialize_(ar, version);                                \
+    setVisited(ar, kExceptionMark);                               \
   }
 
 // The visited mark of exceptions (each class dispatches once, at the top).
@@ -102,11 +102,11 @@ struct kcMathError {
 };
 
 struct kcShapesError {
-#define KC_SHAPES_ERROR_(Name)                               \
-  class Name : public kcException {                          \
-   public:                                                   \
-    KC_DECLARE_EXCEPTION(Name);                              \
-    void message_(std::wostream& out) const override;        \
+#define KC_SHAPES_ERROR_(Name)                        \
+  class Name : public kcException {                   \
+   public:                                            \
+    KC_DECLARE_EXCEPTION(Name);                       \
+    void message_(std::wostream& out) const override; \
   }
   KC_SHAPES_ERROR_(BadGeom);
   KC_SHAPES_ERROR_(BadRadius);

@@ -33,6 +33,10 @@ class kcRepBase {
   mutable std::atomic<long> count_{0};
 };
 
+// A handle of From converts to a handle of To when the pointers do.
+template <class From, class To>
+concept kcPointsTo = std::convertible_to<From*, To*>;
+
 // Throws kcBadPointer; kept out of line so this header needs no exceptions.
 [[noreturn]] void kfThrowBadPointer();
 
@@ -47,8 +51,7 @@ class kcPtrHandle {
   kcPtrHandle(T* p) noexcept : p_(p) { acquire_(); }
   kcPtrHandle(const kcPtrHandle& other) noexcept : p_(other.p_) { acquire_(); }
   kcPtrHandle(kcPtrHandle&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
-  template <class U>
-    requires std::convertible_to<U*, T*>
+  template <kcPointsTo<T> U>
   kcPtrHandle(const kcPtrHandle<U>& other) noexcept : p_(other.get()) {
     acquire_();
   }
@@ -91,11 +94,9 @@ class kcPtrHandle_const {
   kcPtrHandle_const() noexcept = default;
   kcPtrHandle_const(std::nullptr_t) noexcept {}
   kcPtrHandle_const(const T* p) noexcept : h_(const_cast<T*>(p)) {}
-  template <class U>
-    requires std::convertible_to<U*, T*>
+  template <kcPointsTo<T> U>
   kcPtrHandle_const(const kcPtrHandle<U>& other) noexcept : h_(other) {}
-  template <class U>
-    requires std::convertible_to<U*, T*>
+  template <kcPointsTo<T> U>
   kcPtrHandle_const(const kcPtrHandle_const<U>& other) noexcept : h_(const_cast<U*>(other.get())) {}
 
   [[nodiscard]] const T* get() const noexcept { return h_.get(); }

@@ -83,17 +83,18 @@ class kcPersistenceRegistry {
   [[nodiscard]] static std::vector<std::string> names();
 };
 
-#define KC_DECLARE_PERSISTENT(Class)                     \
- public:                                                 \
-  static Class* make();                                  \
-  [[nodiscard]] const char* className() const override;  \
+#define KC_DECLARE_PERSISTENT(Class)                    \
+ public:                                                \
+  static Class* make();                                 \
+  [[nodiscard]] const char* className() const override; \
   static const kcPersistenceRegistry::Exemplar sExemplar
 
-#define KC_DEFINE_PERSISTENT_NAMED_(prefix, Class, name)                             \
-  prefix Class* Class::make() { return new Class(); }                                \
-  prefix const char* Class::className() const { return name; }                       \
-  prefix const kcPersistenceRegistry::Exemplar Class::sExemplar{                      \
-      name, []() -> kcPersistent* { return Class::make(); }}
+#define KC_DEFINE_PERSISTENT_NAMED_(prefix, Class, name)          \
+  prefix Class* Class::make() { return new Class(); }             \
+  prefix const char* Class::className() const { return name; }    \
+  prefix const kcPersistenceRegistry::Exemplar Class::sExemplar { \
+    name, []() -> kcPersistent* { return Class::make(); }         \
+  }
 
 // In the source file of a class.
 #define KC_DEFINE_PERSISTENT(Class) KC_DEFINE_PERSISTENT_NAMED_(, Class, #Class)
