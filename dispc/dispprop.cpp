@@ -119,10 +119,7 @@ bool kcGraphicProps::operator==(const kcGraphicProps& o) const noexcept {
 // --- archive ---
 
 void kcGraphicProps::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGraphicProps::serialize_(kcArchive& ar, unsigned char version) {

@@ -43,10 +43,7 @@ const char* kcException::what() const noexcept {
 }
 
 void kcException::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = 0;
-  if (!beginDispatch_(ar, kExceptionMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kExceptionMark);
+  dispatchOnce_(ar, kExceptionMark, 0, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 // The base carries no fields; its version is that of the class dispatching.

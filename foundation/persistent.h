@@ -1,14 +1,14 @@
 // Persistence: the base of every class that travels through a kcArchive, and
 // the registry that recreates such objects from their class names.
 //
-// A persistent class archives itself with one symmetric routine:
+// A persistent class archives itself with one symmetric routine, run at most
+// once per archive pass:
 //
 //   void kcThing::dispatchSerialize(kcArchive& ar) {
-//     unsigned char version = kVersion;           // the current one when storing
-//     if (!beginDispatch_(ar, kMark, version)) return;  // already done this pass
-//     serialize_(ar, version);                    // bases first, then own fields
-//     setVisited(ar, kMark);
+//     dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 //   }
+//
+// where serialize_ archives the bases first, then the class's own fields.
 //
 // and registers itself with KC_DECLARE_PERSISTENT in the class and
 // KC_DEFINE_PERSISTENT in its source file.
@@ -54,6 +54,15 @@ class kcPersistent {
   // Tests the mark, then transfers the version byte (current when storing,
   // read when loading). False when this pass has already dispatched the mark.
   bool beginDispatch_(kcArchive& ar, unsigned mark, unsigned char& version);
+  // The whole dispatch: unless this pass has dispatched mark already, transfers
+  // the version byte (current when storing), runs body(version), sets the mark.
+  template <class Body>
+  void dispatchOnce_(kcArchive& ar, unsigned mark, unsigned char current, Body&& body) {
+    unsigned char version = current;
+    if (!beginDispatch_(ar, mark, version)) return;
+    body(version);
+    setVisited(ar, mark);
+  }
 
  private:
   static constexpr std::size_t kMaxMarks = 6;

@@ -68,10 +68,7 @@ void kc2XformLinear::xform(const kcXform<2>& x) {
 }
 
 void kc2XformLinear::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kc2XformLinear::serialize_(kcArchive& ar, unsigned char version) {

@@ -23,10 +23,8 @@ void kcSMDGeometricDescription::drawSynthetic(const kcPtrHandle_const<kc2XformBa
 // --- archive ---
 
 void kcSMDGeometricDescription::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kDescriptionVersion;
-  if (!beginDispatch_(ar, kDescriptionMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kDescriptionMark);
+  dispatchOnce_(ar, kDescriptionMark, kDescriptionVersion,
+                [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcSMDGeometricDescription::serialize_(kcArchive& ar, unsigned char version) {

@@ -150,10 +150,7 @@ void kcSMDGDPolyVertex::drawSynthetic(const kcXform<2>&, kcPelBuffer<unsigned ch
 // --- archive ---
 
 void kcSMDGDPolyVertex::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVertexVersion;
-  if (!beginDispatch_(ar, kVertexMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kVertexMark);
+  dispatchOnce_(ar, kVertexMark, kVertexVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcSMDGDPolyVertex::serialize_(kcArchive& ar, unsigned char version) {

@@ -101,10 +101,7 @@ unsigned char kcSMDColors::colorToGrayScale(const kcColor& c) {
 // --- archive ---
 
 void kcSMDColors::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kColorsVersion;
-  if (!beginDispatch_(ar, kColorsMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kColorsMark);
+  dispatchOnce_(ar, kColorsMark, kColorsVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcSMDColors::serialize_(kcArchive& ar, unsigned char version) {

@@ -86,10 +86,7 @@ bool kcAffineRectangle::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcAffineRectangle::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcAffineRectangle::serialize_(kcArchive& ar, unsigned char version) {

@@ -107,10 +107,7 @@ bool kcAnnulus::equal_(const kcShape& other) const { return *this == static_cast
 // --- archive ---
 
 void kcAnnulus::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcAnnulus::serialize_(kcArchive& ar, unsigned char version) {

@@ -99,10 +99,7 @@ bool kcBezierCurve::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcBezierCurve::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcBezierCurve::serialize_(kcArchive& ar, unsigned char version) {

@@ -100,10 +100,7 @@ bool kcCircle::equal_(const kcShape& other) const { return *this == static_cast<
 // --- archive ---
 
 void kcCircle::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCircle::serialize_(kcArchive& ar, unsigned char version) {

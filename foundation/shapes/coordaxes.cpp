@@ -59,10 +59,7 @@ bool kcCoordAxes::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcCoordAxes::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCoordAxes::serialize_(kcArchive& ar, unsigned char version) {

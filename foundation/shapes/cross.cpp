@@ -85,10 +85,7 @@ bool kcCross::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcCross::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCross::serialize_(kcArchive& ar, unsigned char version) {

@@ -97,10 +97,7 @@ bool kcDeBoorSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcDeBoorSpline::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcDeBoorSpline::serialize_(kcArchive& ar, unsigned char version) {

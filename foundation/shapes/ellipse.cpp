@@ -76,10 +76,7 @@ bool kcEllipse::equal_(const kcShape& other) const { return *this == static_cast
 // --- archive ---
 
 void kcEllipse::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipse::serialize_(kcArchive& ar, unsigned char version) {

@@ -106,10 +106,7 @@ bool kcEllipse2::equal_(const kcShape& other) const { return *this == static_cas
 // --- archive ---
 
 void kcEllipse2::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipse2::serialize_(kcArchive& ar, unsigned char version) {

@@ -80,10 +80,7 @@ bool kcEllipseAnnulus::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseAnnulus::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseAnnulus::serialize_(kcArchive& ar, unsigned char version) {

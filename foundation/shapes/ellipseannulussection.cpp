@@ -148,10 +148,7 @@ bool kcEllipseAnnulusSection::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseAnnulusSection::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseAnnulusSection::serialize_(kcArchive& ar, unsigned char version) {

@@ -92,10 +92,7 @@ bool kcEllipseArc::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseArc::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseArc::serialize_(kcArchive& ar, unsigned char version) {

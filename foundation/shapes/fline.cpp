@@ -69,10 +69,7 @@ bool kcFLine::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcFLine::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcFLine::serialize_(kcArchive& ar, unsigned char version) {

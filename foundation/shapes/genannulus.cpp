@@ -89,10 +89,7 @@ bool kcGenAnnulus::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcGenAnnulus::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGenAnnulus::serialize_(kcArchive& ar, unsigned char version) {

@@ -182,10 +182,7 @@ bool kcGenRect::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcGenRect::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGenRect::serialize_(kcArchive& ar, unsigned char version) {

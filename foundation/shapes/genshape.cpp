@@ -104,10 +104,7 @@ bool kcGenShape::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcGenShape::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGenShape::serialize_(kcArchive& ar, unsigned char version) {

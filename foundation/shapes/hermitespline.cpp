@@ -70,10 +70,7 @@ bool kcHermiteSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcHermiteSpline::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcHermiteSpline::serialize_(kcArchive& ar, unsigned char version) {

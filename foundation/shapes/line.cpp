@@ -51,10 +51,7 @@ bool kcLine::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcLine::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcLine::serialize_(kcArchive& ar, unsigned char version) {

@@ -58,10 +58,7 @@ bool kcLineSeg::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcLineSeg::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcLineSeg::serialize_(kcArchive& ar, unsigned char version) {

@@ -71,10 +71,7 @@ bool kcLineSegSet::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcLineSegSet::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcLineSegSet::serialize_(kcArchive& ar, unsigned char version) {

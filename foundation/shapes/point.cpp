@@ -23,10 +23,7 @@ template class kcPointShape_<kc2Point>;
 KC_DEFINE_PERSISTENT(kcPoint);
 
 void kcPoint::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPoint::serialize_(kcArchive& ar, unsigned char version) {
@@ -40,10 +37,7 @@ void kcPoint::serialize_(kcArchive& ar, unsigned char version) {
 KC_DEFINE_PERSISTENT(kc2Point);
 
 void kc2Point::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kc2Point::serialize_(kcArchive& ar, unsigned char version) {

@@ -63,10 +63,7 @@ bool kcPointSet::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcPointSet::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPointSet::serialize_(kcArchive& ar, unsigned char version) {

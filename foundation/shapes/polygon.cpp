@@ -71,10 +71,7 @@ bool kcPolygon::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcPolygon::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPolygon::serialize_(kcArchive& ar, unsigned char version) {

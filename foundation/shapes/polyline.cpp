@@ -103,10 +103,7 @@ bool kcPolyline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcPolyline::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPolyline::serialize_(kcArchive& ar, unsigned char version) {

@@ -166,10 +166,7 @@ bool kcRect::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcRect::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcRect::serialize_(kcArchive& ar, unsigned char version) {

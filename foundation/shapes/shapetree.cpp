@@ -169,10 +169,7 @@ bool kcShapeTree::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcShapeTree::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcShapeTree::serialize_(kcArchive& ar, unsigned char version) {

@@ -147,10 +147,7 @@ bool kcCubicSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcCubicSpline::dispatchSerialize(kcArchive& ar) {
-  unsigned char version = kVersion;
-  if (!beginDispatch_(ar, kMark, version)) return;
-  serialize_(ar, version);
-  setVisited(ar, kMark);
+  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCubicSpline::serialize_(kcArchive& ar, unsigned char version) {
