@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <string>
 
+#include "dispc/classes.h"
 #include "foundation/archive.h"
 #include "foundation/exception.h"
 

@@ -119,7 +119,7 @@ bool kcGraphicProps::operator==(const kcGraphicProps& o) const noexcept {
 // --- archive ---
 
 void kcGraphicProps::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGraphicProps::serialize_(kcArchive& ar, unsigned char version) {

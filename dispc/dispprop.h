@@ -28,6 +28,7 @@
 #include <cstdint>
 #include <iosfwd>
 
+#include "dispc/classes.h"
 #include "dispc/color.h"
 #include "foundation/exception.h"
 #include "foundation/persistent.h"
@@ -137,7 +138,6 @@ class kcGraphicProps : public virtual kcPersistent {
   static void checkWidth_(long w);
 
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x47505250;  // "GPRP"
 
   kcColor penColor_ = kcColor::cyanColor();
   long penWidth_ = 1;

@@ -10,6 +10,7 @@
 // to 0x10002B11 are left unused on purpose.
 #pragma once
 
+#include "dispc/classes.h"
 #include "foundation/exception.h"
 
 class kcUIError {

@@ -1,13 +1,9 @@
 #include "foundation/archive.h"
 
-#include <atomic>
 #include <memory>
 #include <ostream>
 
 namespace {
-// Each archive is one pass; ids start at 1 so that 0 never matches.
-std::atomic<std::uint64_t> gNextPass{1};
-
 constexpr std::uint8_t kTagNull = 0;
 constexpr std::uint8_t kTagShared = 1;
 constexpr std::uint8_t kTagBackRef = 2;
@@ -48,24 +44,63 @@ void kcArchive::FileError::message_(std::wostream& out) const { out << L"archive
 
 // --- kcArchive ---
 
-kcArchive::kcArchive(Mode mode) : mode_(mode), passId_(gNextPass++) {}
+kcArchive::kcArchive(Mode mode) : mode_(mode) {}
 
 kcArchive::~kcArchive() = default;
 
-void kcArchive::rawTransfer(void* data, std::size_t n) {
-  if (n == 0) return;
-  if (isStoring()) {
-    write_(data, n);
-    return;
-  }
-  if (n > remaining()) throw Corrupt(L"data ends early");
-  read_(data, n);
-}
+void kcArchive::throwShort_() { throw Corrupt(L"data ends early"); }
 
 void kcArchive::checkCount(std::uint64_t count, std::uint64_t minSize) const {
   if (isLoading() && count > remaining() / (minSize ? minSize : 1))
     throw Corrupt(L"count larger than the remaining data");
 }
+
+// --- transfers and visits ---
+
+kcArchive::Transfer::Transfer(kcArchive& ar) : ar_(ar), visits_(ar.visits_.size()), top_(ar.depth_++ == 0) {
+  if (top_ && ar.isStoring()) {
+    bytes_ = ar.writer_.size();
+    shared_ = ar.shared_.size();
+    uncaught_ = std::uncaught_exceptions();
+  }
+}
+
+kcArchive::Transfer::~Transfer() {
+  --ar_.depth_;
+  ar_.visits_.resize(visits_);
+  if (!top_ || !ar_.isStoring()) return;
+  if (std::uncaught_exceptions() > uncaught_) {
+    ar_.rollback_(bytes_, shared_);
+    return;
+  }
+  try {
+    ar_.settled_();
+  } catch (...) {
+    // A destructor must not throw; the device error shows again on flush().
+  }
+}
+
+void kcArchive::rollback_(std::size_t bytes, std::size_t shared) noexcept {
+  writer_.truncate(bytes);
+  for (std::size_t i = shared; i < shared_.size(); ++i) storedIds_.erase(shared_[i].object);
+  shared_.resize(shared);
+}
+
+// Transfers nest a few levels deep, so the open visits are few: a scan beats
+// any index here.
+bool kcArchive::visited_(const kcPersistent* object, unsigned mark) const noexcept {
+  for (const Visit& v : visits_)
+    if (v.object == object && v.mark == mark) return true;
+  return false;
+}
+
+bool kcArchive::inTransfer_(const kcPersistent* object) const noexcept {
+  for (const Visit& v : visits_)
+    if (v.object == object) return true;
+  return false;
+}
+
+// --- persistent objects ---
 
 void kcArchive::transferShared(kcPersistent*& p) {
   if (isStoring()) {
@@ -80,7 +115,12 @@ void kcArchive::transferShared(kcPersistent*& p) {
       *this || tag || id;
       return;
     }
-    storedIds_.emplace(p, static_cast<std::uint32_t>(storedIds_.size() + 1));
+    // Holding the object keeps its address from passing to another object
+    // while this archive may still meet it.
+    auto* rep = dynamic_cast<kcRepBase*>(p);
+    if (!rep || rep->refCount() == 0) throw kcBadPointer();
+    shared_.push_back({p, kcPtrHandle<kcRepBase>(rep)});
+    storedIds_.emplace(p, static_cast<std::uint32_t>(shared_.size()));
     storeNew_(p, kTagShared);
     return;
   }
@@ -96,9 +136,9 @@ void kcArchive::transferShared(kcPersistent*& p) {
     case kTagBackRef: {
       std::uint32_t id = 0;
       *this || id;
-      if (id == 0 || id > loaded_.size()) throw Corrupt(L"back-reference to an unknown object");
-      if (!loaded_[id - 1]) throw Corrupt(L"object refers to itself");
-      p = loaded_[id - 1];
+      if (id == 0 || id > shared_.size()) throw Corrupt(L"back-reference to an unknown object");
+      if (!shared_[id - 1].object) throw Corrupt(L"object refers to itself");
+      p = shared_[id - 1].object;
       return;
     }
     default:
@@ -107,6 +147,7 @@ void kcArchive::transferShared(kcPersistent*& p) {
 }
 
 void kcArchive::transferObject(kcPersistent*& p) {
+  Transfer transfer(*this);
   if (isStoring()) {
     std::uint8_t tag = kTagNull;
     if (p)
@@ -146,11 +187,11 @@ kcPersistent* kcArchive::loadNew_(bool shared) {
   // Only reference-counted objects can be shared by handles.
   auto* rep = dynamic_cast<kcRepBase*>(p.get());
   if (!rep) throw Corrupt(L"shared object of a class without handles");
-  std::size_t slot = loaded_.size();
-  loaded_.push_back(nullptr);
+  const std::size_t slot = shared_.size();
+  shared_.push_back({nullptr, {}});
   p->dispatchSerialize(*this);
-  loaded_[slot] = p.get();
-  keepAlive_.emplace_back(rep);
+  // Kept alive until the archive ends, so a back-reference never finds a freed object.
+  shared_[slot] = {p.get(), kcPtrHandle<kcRepBase>(rep)};
   return p.release();
 }
 
@@ -193,38 +234,23 @@ kcArchive& operator||(kcArchive& ar, std::string& value) {
   return ar;
 }
 
-// Wide strings travel as UTF-16 whatever the width of wchar_t.
+// Wide strings travel as UTF-16 whatever the width of wchar_t; a lone
+// surrogate travels as the code unit it is.
 kcArchive& operator||(kcArchive& ar, std::wstring& value) {
+  std::uint32_t count = 0;
   if (ar.isStoring()) {
-    std::vector<std::uint16_t> units;
-    units.reserve(value.size());
-    for (wchar_t c : value) {
-      auto u = static_cast<std::uint32_t>(c);
-      if (u >= 0x10000 && u <= 0x10FFFF) {
-        u -= 0x10000;
-        units.push_back(static_cast<std::uint16_t>(0xD800 | (u >> 10)));
-        units.push_back(static_cast<std::uint16_t>(0xDC00 | (u & 0x3FF)));
-      } else if (u > 0x10FFFF) {
-        throw kcArchive::ValueOutOfRange();
-      } else {
-        units.push_back(static_cast<std::uint16_t>(u));
-      }
-    }
-    return ar || units;
+    auto units = kfToUtf16(value, keSurrogates::keep);
+    if (!units || units->size() > UINT32_MAX) throw kcArchive::ValueOutOfRange();
+    count = static_cast<std::uint32_t>(units->size());
+    ar || count;
+    for (char16_t& unit : *units) ar || unit;
+    return ar;
   }
-  std::vector<std::uint16_t> units;
-  ar || units;
-  std::wstring loaded;
-  loaded.reserve(units.size());
-  for (std::size_t i = 0; i < units.size(); ++i) {
-    std::uint32_t u = units[i];
-    bool pair = sizeof(wchar_t) >= 4 && u >= 0xD800 && u < 0xDC00 && i + 1 < units.size() &&
-                units[i + 1] >= 0xDC00 && units[i + 1] < 0xE000;
-    if (pair) u = 0x10000 + ((u - 0xD800) << 10) + (units[++i] - 0xDC00);
-    // A lone surrogate comes back as the code unit it was.
-    loaded.push_back(static_cast<wchar_t>(u));
-  }
-  value = std::move(loaded);
+  ar || count;
+  ar.checkCount(count, sizeof(char16_t));
+  std::u16string units(count, u'\0');
+  for (char16_t& unit : units) ar || unit;
+  value = kfFromUtf16(units);
   return ar;
 }
 
@@ -232,55 +258,60 @@ kcArchive& operator||(kcArchive& ar, std::wstring& value) {
 
 kcMemArchive::kcMemArchive() : kcArchive(Mode::store) {}
 
-kcMemArchive::kcMemArchive(std::vector<std::uint8_t> bytes)
-    : kcArchive(Mode::load), bytes_(std::move(bytes)) {}
-
-std::uint64_t kcMemArchive::remaining() const noexcept { return isLoading() ? bytes_.size() - pos_ : 0; }
-
-void kcMemArchive::write_(const void* data, std::size_t n) {
-  auto* p = static_cast<const std::uint8_t*>(data);
-  bytes_.insert(bytes_.end(), p, p + n);
-}
-
-void kcMemArchive::read_(void* data, std::size_t n) {
-  std::memcpy(data, bytes_.data() + pos_, n);
-  pos_ += n;
+kcMemArchive::kcMemArchive(std::vector<std::uint8_t> bytes) : kcArchive(Mode::load) {
+  data_ = std::move(bytes);
+  startLoading_();
 }
 
 // --- kcFileArchive ---
 
 namespace {
 std::wstring widen(const std::string& s) { return std::wstring(s.begin(), s.end()); }
+// Storing writes out once this much has gathered.
+constexpr std::size_t kFileBlock = std::size_t{1} << 20;
 }  // namespace
 
 kcFileArchive::kcFileArchive(const std::string& path, kcArchive::Mode mode) : kcArchive(mode), path_(path) {
-  if (mode == Mode::load) {
-    file_.open(path, std::ios::in | std::ios::binary | std::ios::ate);
-    if (!file_) throw FileError(L"cannot open " + widen(path) + L" for reading");
-    auto size = file_.tellg();
-    file_.seekg(0);
-    if (size < 0 || !file_) throw FileError(L"cannot read " + widen(path));
-    remaining_ = static_cast<std::uint64_t>(size);
-  } else {
+  if (mode == Mode::store) {
     file_.open(path, std::ios::out | std::ios::binary | std::ios::trunc);
     if (!file_) throw FileError(L"cannot open " + widen(path) + L" for writing");
+    return;
+  }
+  file_.open(path, std::ios::in | std::ios::binary | std::ios::ate);
+  if (!file_) throw FileError(L"cannot open " + widen(path) + L" for reading");
+  const auto size = file_.tellg();
+  file_.seekg(0);
+  if (size < 0 || !file_) throw FileError(L"cannot read " + widen(path));
+  data_.resize(static_cast<std::size_t>(size));
+  file_.read(reinterpret_cast<char*>(data_.data()), static_cast<std::streamsize>(data_.size()));
+  if (!file_) throw FileError(L"cannot read " + widen(path));
+  startLoading_();
+}
+
+kcFileArchive::~kcFileArchive() {
+  if (!isStoring()) return;
+  try {
+    flush();
+  } catch (...) {
+    // Nothing to tell from a destructor; call flush() to see the error.
   }
 }
 
-std::uint64_t kcFileArchive::remaining() const noexcept { return isLoading() ? remaining_ : 0; }
-
 void kcFileArchive::flush() {
+  writeOut_();
   file_.flush();
   if (!file_) throw FileError(L"cannot write " + widen(path_));
 }
 
-void kcFileArchive::write_(const void* data, std::size_t n) {
-  file_.write(static_cast<const char*>(data), static_cast<std::streamsize>(n));
-  if (!file_) throw FileError(L"cannot write " + widen(path_));
+void kcFileArchive::settled_() {
+  if (writer_.size() >= kFileBlock) writeOut_();
 }
 
-void kcFileArchive::read_(void* data, std::size_t n) {
-  file_.read(static_cast<char*>(data), static_cast<std::streamsize>(n));
-  if (!file_) throw FileError(L"cannot read " + widen(path_));
-  remaining_ -= n;
+void kcFileArchive::writeOut_() {
+  finishWriting_();
+  if (data_.empty()) return;
+  file_.write(reinterpret_cast<const char*>(data_.data()), static_cast<std::streamsize>(data_.size()));
+  if (!file_) throw FileError(L"cannot write " + widen(path_));
+  writer_.truncate(0);
+  data_.clear();
 }

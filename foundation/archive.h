@@ -23,20 +23,26 @@
 //
 // Loading never reads past the end of the data and never allocates more than
 // the remaining bytes could hold.
+//
+// Storing the same object twice writes it twice; storing the same handle twice
+// writes a back-reference the second time. A storing archive keeps every object
+// it gave an id alive until it ends, so a freed address reused by a new object
+// is never taken for the old one. A store that throws at the top level (a
+// value, a handle or a vector handed to the archive by its user) takes back
+// everything it wrote, so the archive is left as it was before it.
 #pragma once
 
-#include <algorithm>
-#include <bit>
 #include <concepts>
 #include <cstdint>
-#include <cstring>
+#include <exception>
 #include <fstream>
 #include <limits>
-#include <map>
 #include <string>
 #include <type_traits>
+#include <unordered_map>
 #include <vector>
 
+#include "foundation/bytes.h"
 #include "foundation/exception.h"
 #include "foundation/handle.h"
 
@@ -90,62 +96,136 @@ class kcArchive {
 
   [[nodiscard]] bool isStoring() const noexcept { return mode_ == Mode::store; }
   [[nodiscard]] bool isLoading() const noexcept { return mode_ == Mode::load; }
-  // Identifies this archive's pass for the objects' visited marks.
-  [[nodiscard]] std::uint64_t passId() const noexcept { return passId_; }
 
   // Moves n raw bytes in the archive's direction; loading past the end is Corrupt.
-  void rawTransfer(void* data, std::size_t n);
+  void rawTransfer(void* data, std::size_t n) {
+    if (isStoring())
+      writer_.putBytes(data, n);
+    else if (!reader_.readBytes(data, n))
+      throwShort_();
+  }
+  // One scalar, little-endian.
+  template <kcWireScalar T>
+  void transferScalar(T& value) {
+    if (isStoring())
+      writer_.put(value);
+    else if (!reader_.read(value))
+      throwShort_();
+  }
+  // A run of scalars, with one bounds test for all of them when loading.
+  template <kcWireScalar T, std::size_t N>
+  void transferScalars(T (&values)[N]) {
+    if (isStoring()) {
+      std::uint8_t* at = writer_.grow(N * sizeof(T));
+      for (std::size_t i = 0; i < N; ++i) kfStoreLE(at + i * sizeof(T), values[i]);
+      return;
+    }
+    auto bytes = reader_.take(N * sizeof(T));
+    if (!bytes) throwShort_();
+    for (std::size_t i = 0; i < N; ++i) values[i] = kfLoadLE<T>(bytes->data() + i * sizeof(T));
+  }
   // Loading: bytes not yet read. Storing: 0.
-  [[nodiscard]] virtual std::uint64_t remaining() const noexcept = 0;
+  [[nodiscard]] std::uint64_t remaining() const noexcept { return isLoading() ? reader_.remaining() : 0; }
   [[nodiscard]] bool atEnd() const noexcept { return remaining() == 0; }
 
   // Loading: throws Corrupt unless count elements of at least minSize bytes
   // each could still follow.
   void checkCount(std::uint64_t count, std::uint64_t minSize = 1) const;
 
-  // Persistent objects. Storing writes p (shared ones once, then by id);
-  // loading replaces p by a new or shared object.
+  // Persistent objects held by handles (a handle must hold p when storing).
+  // Storing writes p (shared ones once, then by id); loading replaces p by a
+  // new or shared object.
   void transferShared(kcPersistent*& p);
   // An object owned by the caller: stored or loaded whole, never shared.
   void transferObject(kcPersistent*& p);
 
+  // One transfer the archive's user started, or one nested in it. At the top
+  // level a store that ends by an exception is taken back. Every transfer of
+  // an object, handle or vector opens one; a user may open one around a group
+  // of values that must be stored whole or not at all.
+  class Transfer {
+   public:
+    explicit Transfer(kcArchive& ar);
+    ~Transfer();
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+   private:
+    kcArchive& ar_;
+    std::size_t visits_;
+    bool top_;
+    // Top-level stores: where to go back to, and the exceptions in flight at the start.
+    std::size_t bytes_ = 0;
+    std::size_t shared_ = 0;
+    int uncaught_ = 0;
+  };
+
  protected:
-  virtual void write_(const void* data, std::size_t n) = 0;
-  // Reads exactly n bytes; the caller has checked remaining().
-  virtual void read_(void* data, std::size_t n) = 0;
+  // Storing: what has been written and not yet handed on (exactly, once
+  // finishWriting_() has run). Loading: all the data; a subclass that fills it
+  // later calls startLoading_().
+  mutable std::vector<std::uint8_t> data_;
+  mutable kcByteWriter writer_{data_};
+  void finishWriting_() const {
+    if (isStoring()) writer_.finish();
+  }
+  void startLoading_() noexcept { reader_ = kcByteReader(data_); }
+  // Storing: called after each complete top-level transfer, when nothing can
+  // be taken back any more; a file archive writes data_ out here.
+  virtual void settled_() {}
 
  private:
+  friend class kcPersistent;
+  struct Visit {
+    const kcPersistent* object;
+    unsigned mark;
+  };
+  struct Shared {
+    kcPersistent* object;  // loading: null while its body is still being read
+    kcPtrHandle<kcRepBase> hold;
+  };
+
+  [[noreturn]] static void throwShort_();
+  [[nodiscard]] bool visited_(const kcPersistent* object, unsigned mark) const noexcept;
+  [[nodiscard]] bool inTransfer_(const kcPersistent* object) const noexcept;
+  void visit_(const kcPersistent* object, unsigned mark) { visits_.push_back({object, mark}); }
   kcPersistent* loadNew_(bool shared);
   void storeNew_(kcPersistent* p, std::uint8_t tag);
+  void rollback_(std::size_t bytes, std::size_t shared) noexcept;
 
   Mode mode_;
-  std::uint64_t passId_;
-  std::map<const kcPersistent*, std::uint32_t> storedIds_;
-  // Loaded shared objects by id - 1; null while the body is still loading.
-  std::vector<kcPersistent*> loaded_;
-  // Keeps loaded shared objects alive until the archive ends, so a
-  // back-reference never finds a freed object.
-  std::vector<kcPtrHandle<kcRepBase>> keepAlive_;
+  kcByteReader reader_;
+  // Open transfers, and the marks of the objects being transferred.
+  int depth_ = 0;
+  std::vector<Visit> visits_;
+  // Objects given an id, by id - 1; storing also finds them by address.
+  std::vector<Shared> shared_;
+  std::unordered_map<const kcPersistent*, std::uint32_t> storedIds_;
 };
+
+template <class Self, class Body>
+void kcPersistent::dispatchOnce_(kcArchive& ar, const Self*, unsigned char current, Body&& body) {
+  const unsigned mark = markOf<Self>();
+  if (ar.visited_(this, mark)) return;
+  auto run = [&] {
+    ar.visit_(this, mark);
+    unsigned char version = current;
+    ar.transferScalar(version);
+    body(version);
+  };
+  // A base of an object already in transfer adds its mark to the object's; the
+  // outermost dispatch opens the transfer, and its end clears them all.
+  if (ar.inTransfer_(this)) {
+    run();
+  } else {
+    kcArchive::Transfer transfer(ar);
+    run();
+  }
+}
 
 // --- scalars ---
 
 namespace kcArchiveDetail {
-template <class T>
-void transferLittleEndian(kcArchive& ar, T& value) {
-  static_assert(std::is_trivially_copyable_v<T>);
-  unsigned char bytes[sizeof(T)];
-  if (ar.isStoring()) {
-    std::memcpy(bytes, &value, sizeof(T));
-    if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
-    ar.rawTransfer(bytes, sizeof(T));
-  } else {
-    ar.rawTransfer(bytes, sizeof(T));
-    if constexpr (std::endian::native == std::endian::big) std::reverse(bytes, bytes + sizeof(T));
-    std::memcpy(&value, bytes, sizeof(T));
-  }
-}
-
 // long is stored in 32 bits wherever the platform makes it wider.
 template <class Wide, class Narrow>
 void transferNarrowed(kcArchive& ar, Wide& value) {
@@ -156,7 +236,7 @@ void transferNarrowed(kcArchive& ar, Wide& value) {
       throw kcArchive::ValueOutOfRange();
     narrow = static_cast<Narrow>(value);
   }
-  transferLittleEndian(ar, narrow);
+  ar.transferScalar(narrow);
   if (ar.isLoading()) value = static_cast<Wide>(narrow);
 }
 
@@ -171,13 +251,13 @@ kcArchive& operator||(kcArchive& ar, unsigned long& value);
 
 template <kcArchiveDetail::PlainInteger T>
 kcArchive& operator||(kcArchive& ar, T& value) {
-  kcArchiveDetail::transferLittleEndian(ar, value);
+  ar.transferScalar(value);
   return ar;
 }
 template <std::floating_point T>
   requires(sizeof(T) <= 8)
 kcArchive& operator||(kcArchive& ar, T& value) {
-  kcArchiveDetail::transferLittleEndian(ar, value);
+  ar.transferScalar(value);
   return ar;
 }
 
@@ -194,12 +274,13 @@ kcArchive& operator||(kcArchive& ar, T& value) {
 
 template <class T>
 kcArchive& operator||(kcArchive& ar, kcPtrHandle<T>& handle) {
+  kcArchive::Transfer transfer(ar);
   kcPersistent* p = handle.get();
   ar.transferShared(p);
   if (ar.isLoading()) {
     T* typed = dynamic_cast<T*>(p);
     if (p && !typed) throw kcArchive::Corrupt(L"object of the wrong class");
-    handle = typed;
+    handle = kcPtrHandle<T>(typed);
   }
   return ar;
 }
@@ -227,6 +308,7 @@ constexpr std::uint64_t minStoredSize() {
 
 template <class T, class A>
 kcArchive& operator||(kcArchive& ar, std::vector<T, A>& values) {
+  kcArchive::Transfer transfer(ar);
   std::uint32_t count = 0;
   if (ar.isStoring()) {
     if (values.size() > UINT32_MAX) throw kcArchive::ValueOutOfRange();
@@ -278,34 +360,31 @@ class kcMemArchive : public kcArchive {
   // An archive that loads the given bytes.
   explicit kcMemArchive(std::vector<std::uint8_t> bytes);
 
-  [[nodiscard]] const std::vector<std::uint8_t>& bytes() const noexcept { return bytes_; }
-  [[nodiscard]] std::uint64_t remaining() const noexcept override;
-
- protected:
-  void write_(const void* data, std::size_t n) override;
-  void read_(void* data, std::size_t n) override;
-
- private:
-  std::vector<std::uint8_t> bytes_;
-  std::size_t pos_ = 0;
+  // Storing: the bytes stored so far. Loading: all the bytes given.
+  [[nodiscard]] const std::vector<std::uint8_t>& bytes() const {
+    finishWriting_();
+    return data_;
+  }
 };
 
 // Stores into, or loads from, a file. A file that cannot be opened, read or
-// written throws kcArchive::FileError.
+// written throws kcArchive::FileError. Loading reads the whole file at once;
+// storing gathers bytes in memory and writes them out after a top-level
+// transfer once a block has gathered, and on flush() and destruction.
 class kcFileArchive : public kcArchive {
  public:
   kcFileArchive(const std::string& path, kcArchive::Mode mode);
+  ~kcFileArchive() override;
 
-  [[nodiscard]] std::uint64_t remaining() const noexcept override;
-  // Storing: pushes what was written to the file (also done by the destructor).
+  // Storing: writes out what was stored.
   void flush();
 
  protected:
-  void write_(const void* data, std::size_t n) override;
-  void read_(void* data, std::size_t n) override;
+  void settled_() override;
 
  private:
+  void writeOut_();
+
   std::string path_;
   std::fstream file_;
-  std::uint64_t remaining_ = 0;
 };

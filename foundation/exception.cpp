@@ -43,7 +43,7 @@ const char* kcException::what() const noexcept {
 }
 
 void kcException::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kExceptionMark, 0, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, 0, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 // The base carries no fields; its version is that of the class dispatching.

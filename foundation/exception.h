@@ -47,24 +47,21 @@ class kcException : public std::exception, public virtual kcPersistent {
 // Defines them for an exception whose only state is its class. The version
 // byte must be 0 (an UnknownVersion naming the class otherwise); Body is the
 // class whose serialize_ transfers the fields (the base for a stateless error).
-#define KC_DEFINE_EXCEPTION(Class, number, Body)                      \
-  KC_DEFINE_PERSISTENT(Class);                                        \
-  long Class::errorNumber() const { return number; }                  \
-  void Class::suicideAndRethrow() {                                   \
-    Class copy(*this);                                                \
-    delete this;                                                      \
-    throw copy;                                                       \
-  }                                                                   \
-  void Class::rethrow() const { throw *this; }                        \
-  void Class::dispatchSerialize(kcArchive& ar) {                      \
-    dispatchOnce_(ar, kExceptionMark, 0, [&](unsigned char version) { \
-      if (version != 0) throw kcArchive::UnknownVersion(#Class, 0);   \
-      Body::serialize_(ar, version);                                  \
-    });                                                               \
+#define KC_DEFINE_EXCEPTION(Class, number, Body)                    \
+  KC_DEFINE_PERSISTENT(Class);                                      \
+  long Class::errorNumber() const { return number; }                \
+  void Class::suicideAndRethrow() {                                 \
+    Class copy(*this);                                              \
+    delete this;                                                    \
+    throw copy;                                                     \
+  }                                                                 \
+  void Class::rethrow() const { throw *this; }                      \
+  void Class::dispatchSerialize(kcArchive& ar) {                    \
+    dispatchOnce_(ar, this, 0, [&](unsigned char version) {         \
+      if (version != 0) throw kcArchive::UnknownVersion(#Class, 0); \
+      Body::serialize_(ar, version);                                \
+    });                                                             \
   }
-
-// The visited mark of exceptions (each class dispatches once, at the top).
-inline constexpr unsigned kExceptionMark = 0x45;
 
 // An exception carrying a text given by its thrower.
 class kcExceptionWithString : public kcException {

@@ -47,8 +47,9 @@ class kcPtrHandle {
 
   kcPtrHandle() noexcept = default;
   kcPtrHandle(std::nullptr_t) noexcept {}
-  // Takes a reference to p (which may be null).
-  kcPtrHandle(T* p) noexcept : p_(p) { acquire_(); }
+  // Takes a reference to p (which may be null). Explicit: a handle owns what it
+  // holds, and the address of a member or a stack object must never slip into one.
+  explicit kcPtrHandle(T* p) noexcept : p_(p) { acquire_(); }
   kcPtrHandle(const kcPtrHandle& other) noexcept : p_(other.p_) { acquire_(); }
   kcPtrHandle(kcPtrHandle&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
   template <kcPointsTo<T> U>
@@ -93,7 +94,7 @@ class kcPtrHandle_const {
 
   kcPtrHandle_const() noexcept = default;
   kcPtrHandle_const(std::nullptr_t) noexcept {}
-  kcPtrHandle_const(const T* p) noexcept : h_(const_cast<T*>(p)) {}
+  explicit kcPtrHandle_const(const T* p) noexcept : h_(const_cast<T*>(p)) {}
   template <kcPointsTo<T> U>
   kcPtrHandle_const(const kcPtrHandle<U>& other) noexcept : h_(other) {}
   template <kcPointsTo<T> U>
@@ -113,6 +114,12 @@ class kcPtrHandle_const {
   // Holding a mutable handle inside keeps one reference-counting path.
   kcPtrHandle<T> h_;
 };
+
+// A new T held by a handle: the usual way to make a reference-counted object.
+template <class T, class... Args>
+[[nodiscard]] kcPtrHandle<T> kfMakeHandle(Args&&... args) {
+  return kcPtrHandle<T>(new T(std::forward<Args>(args)...));
+}
 
 // A handle of U to the same object, or null when it is not a U.
 template <class U, class T>

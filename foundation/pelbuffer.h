@@ -146,7 +146,7 @@ kcPelBuffer<T>::kcPelBuffer(long width, long height) {
   if (width > 0 &&
       static_cast<std::size_t>(height) > std::vector<T>().max_size() / static_cast<std::size_t>(width))
     throw kcShapesError::BadParams();
-  block_ = new kc_PelBlock<T>(width, height);
+  block_ = kfMakeHandle<kc_PelBlock<T>>(width, height);
   width_ = width;
   height_ = height;
 }

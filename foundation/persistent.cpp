@@ -1,51 +1,62 @@
 #include "foundation/persistent.h"
 
-#include <algorithm>
 #include <map>
-#include <stdexcept>
 
 #include "foundation/archive.h"
 #include "foundation/mutex.h"
 
 // --- visited marks ---
 
+unsigned kcPersistent::newMark_() noexcept {
+  // Marks count from 1, so that 0 is never a class's.
+  static std::atomic<unsigned> next{1};
+  return next++;
+}
+
 bool kcPersistent::haveVisited(const kcArchive& ar, unsigned mark) const noexcept {
-  if (visitPass_ != ar.passId()) return false;
-  auto end = visitMarks_.begin() + visitCount_;
-  return std::find(visitMarks_.begin(), end, mark) != end;
+  return ar.visited_(this, mark);
 }
 
-void kcPersistent::setVisited(const kcArchive& ar, unsigned mark) const {
-  if (visitPass_ != ar.passId()) {
-    visitPass_ = ar.passId();
-    visitCount_ = 0;
-  }
-  if (haveVisited(ar, mark)) return;
-  // A class hierarchy uses one mark per level; six levels is far past any here.
-  if (visitCount_ == kMaxMarks) throw std::length_error("kcPersistent: too many visit marks in one pass");
-  visitMarks_[visitCount_++] = mark;
-}
-
-bool kcPersistent::beginDispatch_(kcArchive& ar, unsigned mark, unsigned char& version) {
-  if (haveVisited(ar, mark)) return false;
-  ar || version;
-  return true;
+void kcPersistent::setVisited(kcArchive& ar, unsigned mark) const {
+  if (ar.inTransfer_(this)) ar.visit_(this, mark);
 }
 
 // --- registry ---
 
 namespace {
-std::map<std::string, kcPersistenceRegistry::Factory, std::less<>>& table() {
-  static std::map<std::string, kcPersistenceRegistry::Factory, std::less<>> classes;
+using Table = std::map<std::string, kcPersistenceRegistry::Factory, std::less<>>;
+
+void addLocked(Table& table, std::span<const kcPersistenceRegistry::Exemplar* const> classes) {
+  for (const auto* exemplar : classes) table.emplace(exemplar->name(), exemplar->factory());
+}
+
+// Callers hold the global mutex. The foundation's list is registered here
+// rather than by the exemplars' start-up objects, so a static link that drops
+// those still finds every class.
+Table& table() {
+  static Table classes = [] {
+    Table t;
+    addLocked(t, kfFoundationClasses());
+    return t;
+  }();
   return classes;
 }
 }  // namespace
 
-kcPersistenceRegistry::Exemplar::Exemplar(const char* name, Factory make) { add(name, make); }
+kcPersistenceRegistry::Registrar::Registrar(const Exemplar& exemplar) {
+  add(exemplar.name(), exemplar.factory());
+}
+
+kcPersistenceRegistry::Module::Module(std::span<const Exemplar* const> classes) { add(classes); }
 
 void kcPersistenceRegistry::add(const std::string& name, Factory make) {
   kcLock lock(kcMutex::global());
   table().emplace(name, make);
+}
+
+void kcPersistenceRegistry::add(std::span<const Exemplar* const> classes) {
+  kcLock lock(kcMutex::global());
+  addLocked(table(), classes);
 }
 
 kcPersistent* kcPersistenceRegistry::make(const std::string& name) {

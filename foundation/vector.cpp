@@ -12,13 +12,3 @@ kcVector<2> kcVector<2>::unit() const {
   if (length == 0.0) throw kcShapesError::DegenerateShape();
   return kcVector(x_ / length, y_ / length);
 }
-
-// --- archive ---
-
-kcArchive& operator||(kcArchive& ar, kcVector<2>& v) {
-  double x = v.x();
-  double y = v.y();
-  ar || x || y;
-  if (ar.isLoading()) v = kcVector<2>(x, y);
-  return ar;
-}

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cmath>
+#include <concepts>
 
 #include "foundation/angle.h"
 #include "foundation/exception.h"
@@ -79,5 +80,21 @@ class kcVector<2> {
   double y_ = 0.0;
 };
 
-// Archive form: x then y, two doubles.
-kcArchive& operator||(kcArchive& ar, kcVector<2>& v);
+// Archive form: x then y, two doubles. A template only so that its body is
+// compiled where the archive is complete: points are the bulk of most stored
+// geometry, and this lets the transfer inline into the caller's loop.
+template <class Archive>
+  requires std::derived_from<Archive, kcArchive>
+Archive& operator||(Archive& ar, kcVector<2>& v) {
+  double xy[2] = {v.x(), v.y()};
+  if (ar.isStoring()) {
+    // Two stores straight from the coordinates: copying the pair through
+    // the array would stall on the store just made.
+    ar.transferScalar(xy[0]);
+    ar.transferScalar(xy[1]);
+    return ar;
+  }
+  ar.transferScalars(xy);
+  v = kcVector<2>(xy[0], xy[1]);
+  return ar;
+}

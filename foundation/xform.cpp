@@ -68,7 +68,7 @@ void kc2XformLinear::xform(const kcXform<2>& x) {
 }
 
 void kc2XformLinear::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kc2XformLinear::serialize_(kcArchive& ar, unsigned char version) {

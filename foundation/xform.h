@@ -117,7 +117,6 @@ class kc2XformLinear : public kc2XformBase {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x58464C49;  // "XFLI"
 
   kcXform<2> xform_;
 };

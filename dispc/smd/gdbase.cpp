@@ -4,7 +4,6 @@
 
 namespace {
 constexpr unsigned char kDescriptionVersion = 0;
-constexpr unsigned kDescriptionMark = 0x53474444;  // "SGDD"
 }  // namespace
 
 kcSMDGeometricDescription::~kcSMDGeometricDescription() = default;
@@ -23,7 +22,7 @@ void kcSMDGeometricDescription::drawSynthetic(const kcPtrHandle_const<kc2XformBa
 // --- archive ---
 
 void kcSMDGeometricDescription::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kDescriptionMark, kDescriptionVersion,
+  dispatchOnce_(ar, this, kDescriptionVersion,
                 [&](unsigned char version) { serialize_(ar, version); });
 }
 

@@ -7,7 +7,6 @@
 #include "foundation/archive.h"
 
 namespace {
-constexpr unsigned kVertexMark = 168;
 constexpr unsigned char kVertexVersion = 2;
 
 bool near(double a, double b, double tol) { return std::fabs(a - b) <= tol; }
@@ -150,7 +149,7 @@ void kcSMDGDPolyVertex::drawSynthetic(const kcXform<2>&, kcPelBuffer<unsigned ch
 // --- archive ---
 
 void kcSMDGDPolyVertex::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kVertexMark, kVertexVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVertexVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcSMDGDPolyVertex::serialize_(kcArchive& ar, unsigned char version) {

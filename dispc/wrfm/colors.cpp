@@ -6,7 +6,6 @@
 #include "foundation/archive.h"
 
 namespace {
-constexpr unsigned kColorsMark = 40;
 constexpr unsigned char kColorsVersion = 1;
 constexpr const char* kColorsSource = "dispc/wrfm/colors";
 constexpr int kColorsVersionLine = 107;
@@ -101,7 +100,7 @@ unsigned char kcSMDColors::colorToGrayScale(const kcColor& c) {
 // --- archive ---
 
 void kcSMDColors::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kColorsMark, kColorsVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kColorsVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcSMDColors::serialize_(kcArchive& ar, unsigned char version) {

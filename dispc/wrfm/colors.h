@@ -9,6 +9,7 @@
 // them changes.
 #pragma once
 
+#include "dispc/classes.h"
 #include "dispc/color.h"
 #include "foundation/persistent.h"
 

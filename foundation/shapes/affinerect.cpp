@@ -55,9 +55,9 @@ kcGenRect kcAffineRectangle::toGenRect() const { return kcGenRect(xform_); }
 
 kcAffineRectangle kcAffineRectangle::map(const kcXform<2>& x) const { return kcAffineRectangle(x * xform_); }
 
-kcShapePtr kcAffineRectangle::clone() const { return new kcAffineRectangle(*this); }
+kcShapePtr kcAffineRectangle::clone() const { return kfMakeHandle<kcAffineRectangle>(*this); }
 
-kcShapePtr kcAffineRectangle::mapShape(const kcXform<2>& x) const { return new kcAffineRectangle(map(x)); }
+kcShapePtr kcAffineRectangle::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcAffineRectangle>(map(x)); }
 
 // --- measures ---
 
@@ -86,7 +86,7 @@ bool kcAffineRectangle::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcAffineRectangle::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcAffineRectangle::serialize_(kcArchive& ar, unsigned char version) {

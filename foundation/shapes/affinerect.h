@@ -65,7 +65,6 @@ class kcAffineRectangle : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x41465243;  // "AFRC"
 
   // BadParams for non-finite values, DegenerateShape for a singular matrix.
   static void check_(const kcXform<2>& x);

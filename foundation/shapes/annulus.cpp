@@ -62,16 +62,16 @@ kcGenAnnulus kcAnnulus::toGenAnnulus() const {
   return kcGenAnnulus(kcGenRect(box, 1.0, 1.0), inner_ / outer_);
 }
 
-kcShapePtr kcAnnulus::clone() const { return new kcAnnulus(*this); }
+kcShapePtr kcAnnulus::clone() const { return kfMakeHandle<kcAnnulus>(*this); }
 
 kcShapePtr kcAnnulus::mapShape(const kcXform<2>& x) const {
   if (x.matrix().determinant() == 0.0) throw kcMathError::Singular();
-  if (kcCircle::isSimilarity(x)) return new kcAnnulus(map(x));
-  return new kcGenAnnulus(toGenAnnulus().map(x));
+  if (kcCircle::isSimilarity(x)) return kfMakeHandle<kcAnnulus>(map(x));
+  return kfMakeHandle<kcGenAnnulus>(toGenAnnulus().map(x));
 }
 
 std::vector<kcShapePtr> kcAnnulus::decompose() const {
-  return {new kcCircle(outerCircle()), new kcCircle(innerCircle())};
+  return {kfMakeHandle<kcCircle>(outerCircle()), kfMakeHandle<kcCircle>(innerCircle())};
 }
 
 // --- measures ---
@@ -107,7 +107,7 @@ bool kcAnnulus::equal_(const kcShape& other) const { return *this == static_cast
 // --- archive ---
 
 void kcAnnulus::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcAnnulus::serialize_(kcArchive& ar, unsigned char version) {

@@ -75,7 +75,6 @@ class kcAnnulus : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x414E4E55;  // "ANNU"
 
   // BadParams or DegenerateShape for values a ring cannot have.
   static void check_(const kcVector<2>& center, double inner, double outer);

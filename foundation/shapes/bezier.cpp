@@ -58,12 +58,12 @@ kcBezierCurve kcBezierCurve::map(const kcXform<2>& x) const {
 
 // --- kcShape ---
 
-kcShapePtr kcBezierCurve::clone() const { return new kcBezierCurve(*this); }
+kcShapePtr kcBezierCurve::clone() const { return kfMakeHandle<kcBezierCurve>(*this); }
 
-kcShapePtr kcBezierCurve::mapShape(const kcXform<2>& x) const { return new kcBezierCurve(map(x)); }
+kcShapePtr kcBezierCurve::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcBezierCurve>(map(x)); }
 
 kcShapePtr kcBezierCurve::reverse() const {
-  return new kcBezierCurve(points_[3], points_[2], points_[1], points_[0]);
+  return kfMakeHandle<kcBezierCurve>(points_[3], points_[2], points_[1], points_[0]);
 }
 
 kcRect kcBezierCurve::encloseRect() const { return kfCubicBox_(points_); }
@@ -99,7 +99,7 @@ bool kcBezierCurve::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcBezierCurve::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcBezierCurve::serialize_(kcArchive& ar, unsigned char version) {

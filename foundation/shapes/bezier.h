@@ -79,7 +79,6 @@ class kcBezierCurve : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x42455A43;  // "BEZC"
 
   // BadParams for non-finite points, DegenerateShape for a single point.
   static void check_(const ControlPoints& points);

@@ -55,12 +55,12 @@ kcCircle kcCircle::map(const kcXform<2>& x) const {
 
 kcEllipse2 kcCircle::toEllipse2() const { return kcEllipse2(radius_, radius_, kcRadian(0.0), center_); }
 
-kcShapePtr kcCircle::clone() const { return new kcCircle(*this); }
+kcShapePtr kcCircle::clone() const { return kfMakeHandle<kcCircle>(*this); }
 
 kcShapePtr kcCircle::mapShape(const kcXform<2>& x) const {
   if (x.matrix().determinant() == 0.0) throw kcMathError::Singular();
-  if (isSimilarity(x)) return new kcCircle(map(x));
-  return new kcEllipse2(toEllipse2().map(x));
+  if (isSimilarity(x)) return kfMakeHandle<kcCircle>(map(x));
+  return kfMakeHandle<kcEllipse2>(toEllipse2().map(x));
 }
 
 // --- measures ---
@@ -100,7 +100,7 @@ bool kcCircle::equal_(const kcShape& other) const { return *this == static_cast<
 // --- archive ---
 
 void kcCircle::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCircle::serialize_(kcArchive& ar, unsigned char version) {

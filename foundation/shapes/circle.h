@@ -73,7 +73,6 @@ class kcCircle : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x43495243;  // "CIRC"
 
   // BadParams or DegenerateShape for values a circle cannot have.
   static void check_(const kcVector<2>& center, double radius);

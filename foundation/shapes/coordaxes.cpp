@@ -28,12 +28,12 @@ void kcCoordAxes::xform(const kcXform<2>& x) {
 
 kcCoordAxes kcCoordAxes::map(const kcXform<2>& x) const { return kcCoordAxes(x * xform_); }
 
-kcShapePtr kcCoordAxes::clone() const { return new kcCoordAxes(*this); }
+kcShapePtr kcCoordAxes::clone() const { return kfMakeHandle<kcCoordAxes>(*this); }
 
-kcShapePtr kcCoordAxes::mapShape(const kcXform<2>& x) const { return new kcCoordAxes(map(x)); }
+kcShapePtr kcCoordAxes::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcCoordAxes>(map(x)); }
 
 std::vector<kcShapePtr> kcCoordAxes::decompose() const {
-  return {new kcLineSeg(origin(), xEnd()), new kcLineSeg(origin(), yEnd())};
+  return {kfMakeHandle<kcLineSeg>(origin(), xEnd()), kfMakeHandle<kcLineSeg>(origin(), yEnd())};
 }
 
 // --- measures ---
@@ -59,7 +59,7 @@ bool kcCoordAxes::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcCoordAxes::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCoordAxes::serialize_(kcArchive& ar, unsigned char version) {

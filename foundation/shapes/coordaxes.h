@@ -47,7 +47,6 @@ class kcCoordAxes : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x43415853;  // "CAXS"
 
   static void check_(const kcXform<2>& x);
 

@@ -54,12 +54,12 @@ kcCross kcCross::map(const kcXform<2>& x) const {
   return kcCross(x * centre_, armLength_ * scale, x.mapAngle(rotation_));
 }
 
-kcShapePtr kcCross::clone() const { return new kcCross(*this); }
+kcShapePtr kcCross::clone() const { return kfMakeHandle<kcCross>(*this); }
 
-kcShapePtr kcCross::mapShape(const kcXform<2>& x) const { return new kcCross(map(x)); }
+kcShapePtr kcCross::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcCross>(map(x)); }
 
 std::vector<kcShapePtr> kcCross::decompose() const {
-  return {new kcLineSeg(end(0), end(1)), new kcLineSeg(end(2), end(3))};
+  return {kfMakeHandle<kcLineSeg>(end(0), end(1)), kfMakeHandle<kcLineSeg>(end(2), end(3))};
 }
 
 // --- measures ---
@@ -85,7 +85,7 @@ bool kcCross::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcCross::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCross::serialize_(kcArchive& ar, unsigned char version) {

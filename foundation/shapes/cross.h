@@ -59,7 +59,6 @@ class kcCross : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x43524F53;  // "CROS"
 
   static void check_(const kcVector<2>& centre, double armLength, const kcRadian& rotation);
 

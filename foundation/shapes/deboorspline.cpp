@@ -80,14 +80,14 @@ kcDeBoorSpline kcDeBoorSpline::map(const kcXform<2>& x) const {
 
 // --- kcShape ---
 
-kcShapePtr kcDeBoorSpline::clone() const { return new kcDeBoorSpline(*this); }
+kcShapePtr kcDeBoorSpline::clone() const { return kfMakeHandle<kcDeBoorSpline>(*this); }
 
-kcShapePtr kcDeBoorSpline::mapShape(const kcXform<2>& x) const { return new kcDeBoorSpline(map(x)); }
+kcShapePtr kcDeBoorSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcDeBoorSpline>(map(x)); }
 
 // The clamped uniform knots are symmetric, so the reversed points give the
 // same curve travelled backwards.
 kcShapePtr kcDeBoorSpline::reverse() const {
-  return new kcDeBoorSpline(std::vector<kcVector<2>>(deBoor_.rbegin(), deBoor_.rend()));
+  return kfMakeHandle<kcDeBoorSpline>(std::vector<kcVector<2>>(deBoor_.rbegin(), deBoor_.rend()));
 }
 
 bool kcDeBoorSpline::equal_(const kcShape& other) const {
@@ -97,7 +97,7 @@ bool kcDeBoorSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcDeBoorSpline::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcDeBoorSpline::serialize_(kcArchive& ar, unsigned char version) {

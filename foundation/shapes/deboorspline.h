@@ -54,7 +54,6 @@ class kcDeBoorSpline : public kcCubicSpline {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x44424F53;  // "DBOS"
 
   // The Bezier points of the spline (BadParams for fewer than two points or
   // a coordinate that is not finite).

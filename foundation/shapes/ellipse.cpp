@@ -45,9 +45,9 @@ kcEllipse kcEllipse::map(const kcXform<2>& x) const {
   return kcEllipse(x * xform_);
 }
 
-kcShapePtr kcEllipse::clone() const { return new kcEllipse(*this); }
+kcShapePtr kcEllipse::clone() const { return kfMakeHandle<kcEllipse>(*this); }
 
-kcShapePtr kcEllipse::mapShape(const kcXform<2>& x) const { return new kcEllipse(map(x)); }
+kcShapePtr kcEllipse::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcEllipse>(map(x)); }
 
 // --- measures ---
 
@@ -76,7 +76,7 @@ bool kcEllipse::equal_(const kcShape& other) const { return *this == static_cast
 // --- archive ---
 
 void kcEllipse::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipse::serialize_(kcArchive& ar, unsigned char version) {

@@ -70,7 +70,6 @@ class kcEllipse : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x454C4C31;  // "ELL1"
 
   // BadParams or DegenerateShape for a transform an ellipse cannot have.
   static void check_(const kcXform<2>& x);

@@ -77,9 +77,9 @@ kcEllipse2 kcEllipse2::map(const kcXform<2>& x) const {
   return kfMapEllipse2_(*this, x, change);
 }
 
-kcShapePtr kcEllipse2::clone() const { return new kcEllipse2(*this); }
+kcShapePtr kcEllipse2::clone() const { return kfMakeHandle<kcEllipse2>(*this); }
 
-kcShapePtr kcEllipse2::mapShape(const kcXform<2>& x) const { return new kcEllipse2(map(x)); }
+kcShapePtr kcEllipse2::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcEllipse2>(map(x)); }
 
 // --- measures ---
 
@@ -106,7 +106,7 @@ bool kcEllipse2::equal_(const kcShape& other) const { return *this == static_cas
 // --- archive ---
 
 void kcEllipse2::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipse2::serialize_(kcArchive& ar, unsigned char version) {

@@ -85,7 +85,6 @@ class kcEllipse2 : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x454C4C32;  // "ELL2"
 
   // BadParams or DegenerateShape for values an ellipse cannot have.
   static void check_(double radiusX, double radiusY, const kcRadian& rotation, const kcVector<2>& center);

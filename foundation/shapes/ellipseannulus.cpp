@@ -42,12 +42,12 @@ kcEllipseAnnulus kcEllipseAnnulus::map(const kcXform<2>& x) const {
   return kcEllipseAnnulus(outer_.map(x), scale_);
 }
 
-kcShapePtr kcEllipseAnnulus::clone() const { return new kcEllipseAnnulus(*this); }
+kcShapePtr kcEllipseAnnulus::clone() const { return kfMakeHandle<kcEllipseAnnulus>(*this); }
 
-kcShapePtr kcEllipseAnnulus::mapShape(const kcXform<2>& x) const { return new kcEllipseAnnulus(map(x)); }
+kcShapePtr kcEllipseAnnulus::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcEllipseAnnulus>(map(x)); }
 
 std::vector<kcShapePtr> kcEllipseAnnulus::decompose() const {
-  return {new kcEllipse2(outer_), new kcEllipse2(inner())};
+  return {kfMakeHandle<kcEllipse2>(outer_), kfMakeHandle<kcEllipse2>(inner())};
 }
 
 // --- measures ---
@@ -80,7 +80,7 @@ bool kcEllipseAnnulus::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseAnnulus::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseAnnulus::serialize_(kcArchive& ar, unsigned char version) {

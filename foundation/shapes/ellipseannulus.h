@@ -62,7 +62,6 @@ class kcEllipseAnnulus : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x45414E4E;  // "EANN"
 
   // BadParams or DegenerateShape for a scale a ring cannot have.
   static void check_(double innerScale);

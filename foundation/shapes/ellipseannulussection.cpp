@@ -64,18 +64,18 @@ kcEllipseAnnulusSection kcEllipseAnnulusSection::map(const kcXform<2>& x) const 
                                  kcRadian(change.applySpan(span_.toDouble())));
 }
 
-kcShapePtr kcEllipseAnnulusSection::clone() const { return new kcEllipseAnnulusSection(*this); }
+kcShapePtr kcEllipseAnnulusSection::clone() const { return kfMakeHandle<kcEllipseAnnulusSection>(*this); }
 
 kcShapePtr kcEllipseAnnulusSection::mapShape(const kcXform<2>& x) const {
-  return new kcEllipseAnnulusSection(map(x));
+  return kfMakeHandle<kcEllipseAnnulusSection>(map(x));
 }
 
 std::vector<kcShapePtr> kcEllipseAnnulusSection::decompose() const {
   kcEllipseArc2 outer = outerArc();
   kcEllipseArc2 inner = innerArc();
-  if (isFullTurn()) return {new kcEllipseArc2(outer), new kcEllipseArc2(inner.reversed())};
-  return {new kcEllipseArc2(outer), new kcLineSeg(outer.endPoint(), inner.endPoint()),
-          new kcEllipseArc2(inner.reversed()), new kcLineSeg(inner.startPoint(), outer.startPoint())};
+  if (isFullTurn()) return {kfMakeHandle<kcEllipseArc2>(outer), kfMakeHandle<kcEllipseArc2>(inner.reversed())};
+  return {kfMakeHandle<kcEllipseArc2>(outer), kfMakeHandle<kcLineSeg>(outer.endPoint(), inner.endPoint()),
+          kfMakeHandle<kcEllipseArc2>(inner.reversed()), kfMakeHandle<kcLineSeg>(inner.startPoint(), outer.startPoint())};
 }
 
 // --- measures ---
@@ -148,7 +148,7 @@ bool kcEllipseAnnulusSection::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseAnnulusSection::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseAnnulusSection::serialize_(kcArchive& ar, unsigned char version) {

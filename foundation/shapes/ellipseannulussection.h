@@ -83,7 +83,6 @@ class kcEllipseAnnulusSection : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x45415343;  // "EASC"
 
   kcEllipseAnnulus annulus_;
   kcRadian start_;

@@ -49,11 +49,11 @@ kcEllipseArc kcEllipseArc::map(const kcXform<2>& x) const {
   return kcEllipseArc(ellipse_.map(x), start_, span_);
 }
 
-kcShapePtr kcEllipseArc::clone() const { return new kcEllipseArc(*this); }
+kcShapePtr kcEllipseArc::clone() const { return kfMakeHandle<kcEllipseArc>(*this); }
 
-kcShapePtr kcEllipseArc::mapShape(const kcXform<2>& x) const { return new kcEllipseArc(map(x)); }
+kcShapePtr kcEllipseArc::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcEllipseArc>(map(x)); }
 
-kcShapePtr kcEllipseArc::reverse() const { return new kcEllipseArc(reversed()); }
+kcShapePtr kcEllipseArc::reverse() const { return kfMakeHandle<kcEllipseArc>(reversed()); }
 
 // --- measures ---
 
@@ -92,7 +92,7 @@ bool kcEllipseArc::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseArc::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseArc::serialize_(kcArchive& ar, unsigned char version) {

@@ -88,7 +88,6 @@ class kcEllipseArc : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x45415231;  // "EAR1"
 
   kcEllipse ellipse_;
   kcRadian start_;

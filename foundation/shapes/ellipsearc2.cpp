@@ -63,11 +63,11 @@ kcEllipseArc2 kcEllipseArc2::map(const kcXform<2>& x) const {
                        kcRadian(change.applySpan(span_.toDouble())));
 }
 
-kcShapePtr kcEllipseArc2::clone() const { return new kcEllipseArc2(*this); }
+kcShapePtr kcEllipseArc2::clone() const { return kfMakeHandle<kcEllipseArc2>(*this); }
 
-kcShapePtr kcEllipseArc2::mapShape(const kcXform<2>& x) const { return new kcEllipseArc2(map(x)); }
+kcShapePtr kcEllipseArc2::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcEllipseArc2>(map(x)); }
 
-kcShapePtr kcEllipseArc2::reverse() const { return new kcEllipseArc2(reversed()); }
+kcShapePtr kcEllipseArc2::reverse() const { return kfMakeHandle<kcEllipseArc2>(reversed()); }
 
 // --- measures ---
 
@@ -106,7 +106,7 @@ bool kcEllipseArc2::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcEllipseArc2::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcEllipseArc2::serialize_(kcArchive& ar, unsigned char version) {

@@ -87,7 +87,6 @@ class kcEllipseArc2 : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x45415232;  // "EAR2"
 
   kcEllipse2 ellipse_;
   kcRadian start_;

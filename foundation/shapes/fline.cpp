@@ -55,9 +55,9 @@ std::optional<kcVector<2>> kcFLine::intersect(const kcFLine& other) const {
 
 kcFLine kcFLine::map(const kcXform<2>& x) const { return kcFLine(x * point_, x.mapAngle(angle_)); }
 
-kcShapePtr kcFLine::clone() const { return new kcFLine(*this); }
+kcShapePtr kcFLine::clone() const { return kfMakeHandle<kcFLine>(*this); }
 
-kcShapePtr kcFLine::mapShape(const kcXform<2>& x) const { return new kcFLine(map(x)); }
+kcShapePtr kcFLine::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcFLine>(map(x)); }
 
 void kcFLine::sample(double, std::vector<kcVector<2>>&) const { throw kcShapesError::BadGeom(); }
 
@@ -69,7 +69,7 @@ bool kcFLine::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcFLine::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcFLine::serialize_(kcArchive& ar, unsigned char version) {

@@ -68,7 +68,6 @@ class kcFLine : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x464C494E;  // "FLIN"
 
   kcVector<2> point_;
   kcRadian angle_;

@@ -44,12 +44,12 @@ kcGenRect kcGenAnnulus::inner() const {
 
 kcGenAnnulus kcGenAnnulus::map(const kcXform<2>& x) const { return kcGenAnnulus(outer_.map(x), scale_); }
 
-kcShapePtr kcGenAnnulus::clone() const { return new kcGenAnnulus(*this); }
+kcShapePtr kcGenAnnulus::clone() const { return kfMakeHandle<kcGenAnnulus>(*this); }
 
-kcShapePtr kcGenAnnulus::mapShape(const kcXform<2>& x) const { return new kcGenAnnulus(map(x)); }
+kcShapePtr kcGenAnnulus::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcGenAnnulus>(map(x)); }
 
 std::vector<kcShapePtr> kcGenAnnulus::decompose() const {
-  return {new kcGenRect(outer_), new kcGenRect(inner())};
+  return {kfMakeHandle<kcGenRect>(outer_), kfMakeHandle<kcGenRect>(inner())};
 }
 
 // --- measures ---
@@ -89,7 +89,7 @@ bool kcGenAnnulus::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcGenAnnulus::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGenAnnulus::serialize_(kcArchive& ar, unsigned char version) {

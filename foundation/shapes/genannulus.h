@@ -66,7 +66,6 @@ class kcGenAnnulus : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x47414E4E;  // "GANN"
 
   // BadParams or DegenerateShape for a scale a ring cannot have.
   static void check_(double innerScale);

@@ -79,9 +79,9 @@ kcVector<2> kcGenRect::corner(int i) const {
 
 kcGenRect kcGenRect::map(const kcXform<2>& x) const { return kcGenRect(x * xform_, roundX_, roundY_); }
 
-kcShapePtr kcGenRect::clone() const { return new kcGenRect(*this); }
+kcShapePtr kcGenRect::clone() const { return kfMakeHandle<kcGenRect>(*this); }
 
-kcShapePtr kcGenRect::mapShape(const kcXform<2>& x) const { return new kcGenRect(map(x)); }
+kcShapePtr kcGenRect::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcGenRect>(map(x)); }
 
 // --- boundary ---
 
@@ -182,7 +182,7 @@ bool kcGenRect::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcGenRect::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGenRect::serialize_(kcArchive& ar, unsigned char version) {

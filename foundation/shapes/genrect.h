@@ -81,7 +81,6 @@ class kcGenRect : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x47524354;  // "GRCT"
 
   // One piece of the boundary: a straight side from a to b, or the elliptical
   // arc c + u cos t + v sin t for t in [t0, t0 + pi / 2].

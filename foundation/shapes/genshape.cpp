@@ -30,11 +30,11 @@ kcShapePtr kcGenShape::clone() const {
   return kfCloneComposite_(*this, copies);
 }
 
-kcShapePtr kcGenShape::mapShape(const kcXform<2>& x) const { return new kcGenShape(map(x)); }
+kcShapePtr kcGenShape::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcGenShape>(map(x)); }
 
 kcShapePtr kcGenShape::reverse() const {
   if (!shape_) throwNotOpenContour_();
-  return new kcGenShape(shape_->reverse());
+  return kfMakeHandle<kcGenShape>(shape_->reverse());
 }
 
 std::vector<kcShapePtr> kcGenShape::decompose() const {
@@ -104,7 +104,7 @@ bool kcGenShape::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcGenShape::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcGenShape::serialize_(kcArchive& ar, unsigned char version) {

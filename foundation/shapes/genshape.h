@@ -67,7 +67,6 @@ class kcGenShape : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x4753484E;  // "GSHN"
 
   kcShapePtr shape_;
 };

@@ -50,16 +50,16 @@ kcHermiteSpline kcHermiteSpline::map(const kcXform<2>& x) const {
 
 // --- kcShape ---
 
-kcShapePtr kcHermiteSpline::clone() const { return new kcHermiteSpline(*this); }
+kcShapePtr kcHermiteSpline::clone() const { return kfMakeHandle<kcHermiteSpline>(*this); }
 
-kcShapePtr kcHermiteSpline::mapShape(const kcXform<2>& x) const { return new kcHermiteSpline(map(x)); }
+kcShapePtr kcHermiteSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcHermiteSpline>(map(x)); }
 
 kcShapePtr kcHermiteSpline::reverse() const {
   std::vector<kcVector<2>> points(points_.rbegin(), points_.rend());
   std::vector<kcVector<2>> tangents;
   tangents.reserve(tangents_.size());
   for (auto it = tangents_.rbegin(); it != tangents_.rend(); ++it) tangents.push_back(-*it);
-  return new kcHermiteSpline(std::move(points), std::move(tangents));
+  return kfMakeHandle<kcHermiteSpline>(std::move(points), std::move(tangents));
 }
 
 bool kcHermiteSpline::equal_(const kcShape& other) const {
@@ -70,7 +70,7 @@ bool kcHermiteSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcHermiteSpline::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcHermiteSpline::serialize_(kcArchive& ar, unsigned char version) {

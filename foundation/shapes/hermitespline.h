@@ -50,7 +50,6 @@ class kcHermiteSpline : public kcCubicSpline {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x48535054;  // "HSPT"
 
   static std::vector<kcVector<2>> bezierFrom_(const std::vector<kcVector<2>>& points,
                                               const std::vector<kcVector<2>>& tangents);

@@ -69,13 +69,13 @@ kcInterpSpline kcInterpSpline::map(const kcXform<2>& x) const {
 
 // --- kcShape ---
 
-kcShapePtr kcInterpSpline::clone() const { return new kcInterpSpline(*this); }
+kcShapePtr kcInterpSpline::clone() const { return kfMakeHandle<kcInterpSpline>(*this); }
 
-kcShapePtr kcInterpSpline::mapShape(const kcXform<2>& x) const { return new kcInterpSpline(map(x)); }
+kcShapePtr kcInterpSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcInterpSpline>(map(x)); }
 
 // Uniform parameters and natural ends are symmetric under reversal.
 kcShapePtr kcInterpSpline::reverse() const {
-  return new kcInterpSpline(std::vector<kcVector<2>>(points_.rbegin(), points_.rend()));
+  return kfMakeHandle<kcInterpSpline>(std::vector<kcVector<2>>(points_.rbegin(), points_.rend()));
 }
 
 bool kcInterpSpline::equal_(const kcShape& other) const {
@@ -85,7 +85,7 @@ bool kcInterpSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcInterpSpline::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcInterpSpline::serialize_(kcArchive& ar, unsigned char version) {

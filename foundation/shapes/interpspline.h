@@ -54,7 +54,6 @@ class kcInterpSpline : public kcCubicSpline {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x49535054;  // "ISPT"
 
   static std::vector<kcVector<2>> bezierFrom_(const std::vector<kcVector<2>>& points);
 

@@ -37,9 +37,9 @@ kcFLine kcLine::toFLine() const { return kcFLine(point_, angle()); }
 
 kcLine kcLine::map(const kcXform<2>& x) const { return kcLine(x * point_, x.mapVector(direction_)); }
 
-kcShapePtr kcLine::clone() const { return new kcLine(*this); }
+kcShapePtr kcLine::clone() const { return kfMakeHandle<kcLine>(*this); }
 
-kcShapePtr kcLine::mapShape(const kcXform<2>& x) const { return new kcLine(map(x)); }
+kcShapePtr kcLine::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcLine>(map(x)); }
 
 void kcLine::sample(double, std::vector<kcVector<2>>&) const { throw kcShapesError::BadGeom(); }
 
@@ -51,7 +51,7 @@ bool kcLine::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcLine::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcLine::serialize_(kcArchive& ar, unsigned char version) {

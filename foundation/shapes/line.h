@@ -55,7 +55,6 @@ class kcLine : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x4C494E45;  // "LINE"
 
   kcVector<2> point_;
   kcVector<2> direction_{1.0, 0.0};

@@ -34,11 +34,11 @@ kcFLine kcLineSeg::line() const { return kcFLine(p1_, angle()); }
 
 kcLineSeg kcLineSeg::map(const kcXform<2>& x) const { return kcLineSeg(x * p1_, x * p2_); }
 
-kcShapePtr kcLineSeg::clone() const { return new kcLineSeg(*this); }
+kcShapePtr kcLineSeg::clone() const { return kfMakeHandle<kcLineSeg>(*this); }
 
-kcShapePtr kcLineSeg::mapShape(const kcXform<2>& x) const { return new kcLineSeg(map(x)); }
+kcShapePtr kcLineSeg::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcLineSeg>(map(x)); }
 
-kcShapePtr kcLineSeg::reverse() const { return new kcLineSeg(p2_, p1_); }
+kcShapePtr kcLineSeg::reverse() const { return kfMakeHandle<kcLineSeg>(p2_, p1_); }
 
 // --- measures ---
 
@@ -58,7 +58,7 @@ bool kcLineSeg::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcLineSeg::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcLineSeg::serialize_(kcArchive& ar, unsigned char version) {

@@ -59,7 +59,6 @@ class kcLineSeg : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x4C534547;  // "LSEG"
 
   kcVector<2> p1_;
   kcVector<2> p2_{1.0, 0.0};

@@ -26,9 +26,9 @@ kcLineSegSet kcLineSegSet::map(const kcXform<2>& x) const {
   return kcLineSegSet(std::move(mapped));
 }
 
-kcShapePtr kcLineSegSet::clone() const { return new kcLineSegSet(*this); }
+kcShapePtr kcLineSegSet::clone() const { return kfMakeHandle<kcLineSegSet>(*this); }
 
-kcShapePtr kcLineSegSet::mapShape(const kcXform<2>& x) const { return new kcLineSegSet(map(x)); }
+kcShapePtr kcLineSegSet::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcLineSegSet>(map(x)); }
 
 std::vector<kcShapePtr> kcLineSegSet::decompose() const {
   std::vector<kcShapePtr> pieces;
@@ -71,7 +71,7 @@ bool kcLineSegSet::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcLineSegSet::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcLineSegSet::serialize_(kcArchive& ar, unsigned char version) {

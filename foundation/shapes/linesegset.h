@@ -44,7 +44,6 @@ class kcLineSegSet : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x4C534753;  // "LSGS"
 
   std::vector<kcLineSeg> segments_;
 };

@@ -23,7 +23,7 @@ template class kcPointShape_<kc2Point>;
 KC_DEFINE_PERSISTENT(kcPoint);
 
 void kcPoint::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPoint::serialize_(kcArchive& ar, unsigned char version) {
@@ -37,7 +37,7 @@ void kcPoint::serialize_(kcArchive& ar, unsigned char version) {
 KC_DEFINE_PERSISTENT(kc2Point);
 
 void kc2Point::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kc2Point::serialize_(kcArchive& ar, unsigned char version) {

@@ -29,8 +29,8 @@ class kcPointShape_ : public kcShape {
   [[nodiscard]] Derived map(const kcXform<2>& x) const { return Derived(x * point_); }
 
   // --- kcShape ---
-  [[nodiscard]] kcShapePtr clone() const override { return new Derived(static_cast<const Derived&>(*this)); }
-  [[nodiscard]] kcShapePtr mapShape(const kcXform<2>& x) const override { return new Derived(map(x)); }
+  [[nodiscard]] kcShapePtr clone() const override { return kfMakeHandle<Derived>(static_cast<const Derived&>(*this)); }
+  [[nodiscard]] kcShapePtr mapShape(const kcXform<2>& x) const override { return kfMakeHandle<Derived>(map(x)); }
   [[nodiscard]] kcRect encloseRect() const override { return kcRect(point_, kcVector<2>()); }
   [[nodiscard]] kcVector<2> nearestPoint(const kcVector<2>&) const override { return point_; }
   [[nodiscard]] double distanceToPoint(const kcVector<2>& p) const override { return point_.distance(p); }
@@ -69,7 +69,6 @@ class kcPoint : public kcPointShape_<kcPoint> {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x504E5430;  // "PNT0"
 };
 
 class kc2Point : public kcPointShape_<kc2Point> {
@@ -88,5 +87,4 @@ class kc2Point : public kcPointShape_<kc2Point> {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x504E5432;  // "PNT2"
 };

@@ -28,13 +28,13 @@ void kcPointSet::append(const kcVector<2>& p) {
 
 kcPointSet kcPointSet::map(const kcXform<2>& x) const { return kcPointSet(kfMapPoints_(x, points_)); }
 
-kcShapePtr kcPointSet::clone() const { return new kcPointSet(*this); }
+kcShapePtr kcPointSet::clone() const { return kfMakeHandle<kcPointSet>(*this); }
 
-kcShapePtr kcPointSet::mapShape(const kcXform<2>& x) const { return new kcPointSet(map(x)); }
+kcShapePtr kcPointSet::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcPointSet>(map(x)); }
 
 std::vector<kcShapePtr> kcPointSet::decompose() const {
   std::vector<kcShapePtr> pieces;
-  for (const kcVector<2>& p : points_) pieces.push_back(new kcPoint(p));
+  for (const kcVector<2>& p : points_) pieces.push_back(kfMakeHandle<kcPoint>(p));
   return pieces;
 }
 
@@ -63,7 +63,7 @@ bool kcPointSet::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcPointSet::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPointSet::serialize_(kcArchive& ar, unsigned char version) {

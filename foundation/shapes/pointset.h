@@ -46,7 +46,6 @@ class kcPointSet : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x50534554;  // "PSET"
 
   std::vector<kcVector<2>> points_;
 };

@@ -43,9 +43,9 @@ double kcPolygon::perimeter() const noexcept {
 
 kcPolygon kcPolygon::map(const kcXform<2>& x) const { return kcPolygon(kfMapPoints_(x, vertices_)); }
 
-kcShapePtr kcPolygon::clone() const { return new kcPolygon(*this); }
+kcShapePtr kcPolygon::clone() const { return kfMakeHandle<kcPolygon>(*this); }
 
-kcShapePtr kcPolygon::mapShape(const kcXform<2>& x) const { return new kcPolygon(map(x)); }
+kcShapePtr kcPolygon::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcPolygon>(map(x)); }
 
 // --- measures ---
 
@@ -71,7 +71,7 @@ bool kcPolygon::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcPolygon::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPolygon::serialize_(kcArchive& ar, unsigned char version) {

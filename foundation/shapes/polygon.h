@@ -54,7 +54,6 @@ class kcPolygon : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x50474F4E;  // "PGON"
 
   // True when the vertex list makes a polygon (or the empty one).
   [[nodiscard]] static bool valid_(const std::vector<kcVector<2>>& vertices);

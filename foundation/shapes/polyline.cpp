@@ -45,13 +45,13 @@ kcPolyline kcPolyline::map(const kcXform<2>& x) const {
   return kcPolyline(kfMapPoints_(x, vertices_), closed_);
 }
 
-kcShapePtr kcPolyline::clone() const { return new kcPolyline(*this); }
+kcShapePtr kcPolyline::clone() const { return kfMakeHandle<kcPolyline>(*this); }
 
-kcShapePtr kcPolyline::mapShape(const kcXform<2>& x) const { return new kcPolyline(map(x)); }
+kcShapePtr kcPolyline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcPolyline>(map(x)); }
 
 kcShapePtr kcPolyline::reverse() const {
   if (!isOpenContour()) throwNotOpenContour_();
-  return new kcPolyline(std::vector<kcVector<2>>(vertices_.rbegin(), vertices_.rend()), false);
+  return kfMakeHandle<kcPolyline>(std::vector<kcVector<2>>(vertices_.rbegin(), vertices_.rend()), false);
 }
 
 // --- measures ---
@@ -103,7 +103,7 @@ bool kcPolyline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcPolyline::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcPolyline::serialize_(kcArchive& ar, unsigned char version) {

@@ -64,7 +64,6 @@ class kcPolyline : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x504C494E;  // "PLIN"
 
   [[nodiscard]] static bool valid_(const std::vector<kcVector<2>>& vertices, bool closed);
 

@@ -118,11 +118,11 @@ kcGenRect kcRect::toGenRect() const {
   return kcGenRect(kcXform<2>(kcMatrix<2>::scale(size_.x(), size_.y()), origin_));
 }
 
-kcShapePtr kcRect::clone() const { return new kcRect(*this); }
+kcShapePtr kcRect::clone() const { return kfMakeHandle<kcRect>(*this); }
 
 kcShapePtr kcRect::mapShape(const kcXform<2>& x) const {
-  if (isEmpty() || keepsAxes(x)) return new kcRect(map(x));
-  return new kcGenRect(toGenRect().map(x));
+  if (isEmpty() || keepsAxes(x)) return kfMakeHandle<kcRect>(map(x));
+  return kfMakeHandle<kcGenRect>(toGenRect().map(x));
 }
 
 // --- measures ---
@@ -166,7 +166,7 @@ bool kcRect::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcRect::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcRect::serialize_(kcArchive& ar, unsigned char version) {

@@ -99,7 +99,6 @@ class kcRect : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x52454354;  // "RECT"
 
   // Puts an empty rectangle into its one canonical form.
   void canonicalize_() noexcept;

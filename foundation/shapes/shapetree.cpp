@@ -32,9 +32,9 @@ kcShapePtr kfCloneComposite_(const kcShape& s, std::unordered_map<const kcShape*
     std::vector<kcShapePtr> children;
     children.reserve(tree->children().size());
     for (const kcShapePtr& c : tree->children()) children.push_back(kfCloneComposite_(*c, copies));
-    copy = new kcShapeTree(std::move(children));
+    copy = kfMakeHandle<kcShapeTree>(std::move(children));
   } else if (const auto* gen = dynamic_cast<const kcGenShape*>(&s)) {
-    copy = new kcGenShape(gen->shape() ? kfCloneComposite_(*gen->shape(), copies) : kcShapePtr());
+    copy = kfMakeHandle<kcGenShape>(gen->shape() ? kfCloneComposite_(*gen->shape(), copies) : kcShapePtr());
   } else {
     copy = s.clone();
   }
@@ -106,7 +106,7 @@ kcShapePtr kcShapeTree::clone() const {
   return kfCloneComposite_(*this, copies);
 }
 
-kcShapePtr kcShapeTree::mapShape(const kcXform<2>& x) const { return new kcShapeTree(map(x)); }
+kcShapePtr kcShapeTree::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcShapeTree>(map(x)); }
 
 std::vector<kcShapePtr> kcShapeTree::decompose() const {
   std::vector<kcShapePtr> pieces;
@@ -169,7 +169,7 @@ bool kcShapeTree::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcShapeTree::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcShapeTree::serialize_(kcArchive& ar, unsigned char version) {

@@ -77,7 +77,6 @@ class kcShapeTree : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x53545245;  // "STRE"
 
   // BadParams for a null child or one that contains this tree.
   void checkChild_(const kcShapePtr& child) const;

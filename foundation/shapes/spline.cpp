@@ -72,12 +72,12 @@ kcCubicSpline kcCubicSpline::map(const kcXform<2>& x) const {
 
 // --- kcShape ---
 
-kcShapePtr kcCubicSpline::clone() const { return new kcCubicSpline(*this); }
+kcShapePtr kcCubicSpline::clone() const { return kfMakeHandle<kcCubicSpline>(*this); }
 
-kcShapePtr kcCubicSpline::mapShape(const kcXform<2>& x) const { return new kcCubicSpline(map(x)); }
+kcShapePtr kcCubicSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcCubicSpline>(map(x)); }
 
 kcShapePtr kcCubicSpline::reverse() const {
-  return new kcCubicSpline(std::vector<kcVector<2>>(bezier_.rbegin(), bezier_.rend()));
+  return kfMakeHandle<kcCubicSpline>(std::vector<kcVector<2>>(bezier_.rbegin(), bezier_.rend()));
 }
 
 std::vector<kcShapePtr> kcCubicSpline::decompose() const {
@@ -147,7 +147,7 @@ bool kcCubicSpline::equal_(const kcShape& other) const {
 // --- archive ---
 
 void kcCubicSpline::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, kMark, kVersion, [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcCubicSpline::serialize_(kcArchive& ar, unsigned char version) {

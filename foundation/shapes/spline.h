@@ -95,7 +95,6 @@ class kcCubicSpline : public kcShape {
 
  private:
   static constexpr unsigned char kVersion = 0;
-  static constexpr unsigned kMark = 0x43535050;  // "CSPP"
 
   // The constructor's checks: BadParams for a count that is not 3k + 1 or a
   // coordinate that is not finite (finite data of a derived spline can still

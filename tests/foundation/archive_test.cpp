@@ -6,6 +6,9 @@
 #include <filesystem>
 #include <memory>
 
+#include "foundation/shapes/circle.h"
+#include "foundation/shapes/lineseg.h"
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -31,16 +34,12 @@ class TestNode : public virtual kcPersistent, public virtual kcRepBase {
  public:
   KC_DECLARE_PERSISTENT(TestNode);
   static constexpr unsigned char kVersion = 1;
-  static constexpr unsigned kMark = 7;
 
   TestNode() = default;
   TestNode(std::int32_t v, std::string n) : value(v), name(std::move(n)) {}
 
   void dispatchSerialize(kcArchive& ar) override {
-    unsigned char version = kVersion;
-    if (!beginDispatch_(ar, kMark, version)) return;
-    serialize_(ar, version);
-    setVisited(ar, kMark);
+    dispatchOnce_(ar, this, kVersion, [&](unsigned char version) { serialize_(ar, version); });
   }
   void setValue(std::int32_t v) {
     mutating_();
@@ -51,12 +50,14 @@ class TestNode : public virtual kcPersistent, public virtual kcRepBase {
   std::string name;
   std::vector<kcPtrHandle<TestNode>> children;
   int dispatches = 0;
+  bool failAfterChildren = false;  // storing throws once the children are written
 
  protected:
   void serialize_(kcArchive& ar, unsigned char version) {
     if (version > kVersion) throw kcArchive::UnknownVersion("tests/foundation/archive_test", 42);
     ++dispatches;
     ar || value || name || children;
+    if (failAfterChildren) throw kcArchive::ValueOutOfRange();
   }
 };
 KC_DEFINE_PERSISTENT(TestNode);
@@ -66,8 +67,7 @@ class OtherNode : public virtual kcPersistent, public virtual kcRepBase {
  public:
   KC_DECLARE_PERSISTENT(OtherNode);
   void dispatchSerialize(kcArchive& ar) override {
-    unsigned char version = 0;
-    if (beginDispatch_(ar, 1, version)) setVisited(ar, 1);
+    dispatchOnce_(ar, this, 0, [](unsigned char) {});
   }
 };
 KC_DEFINE_PERSISTENT(OtherNode);
@@ -227,19 +227,113 @@ TEST(Archive, UnknownVersionNamesItsSource) {
   }
 }
 
-TEST(Archive, VisitedObjectDispatchesOncePerPass) {
-  TestNode node(3, "n");
-  kcMemArchive first;
-  first || node;
-  first || node;
-  EXPECT_EQ(node.dispatches, 1);
-  kcMemArchive second;
-  second || node;
-  EXPECT_EQ(node.dispatches, 2);
-  EXPECT_EQ(first.bytes(), second.bytes());
-  EXPECT_TRUE(node.haveVisited(second, TestNode::kMark));
-  TestNode copy(node);
-  EXPECT_FALSE(copy.haveVisited(second, TestNode::kMark));
+TEST(Archive, StoringTheSameObjectTwiceWritesItTwice) {
+  const kcCircle circle(kcVector<2>(1, 2), 3);
+  const Bytes once = store(circle);
+  kcMemArchive out;
+  out << circle << circle;
+  Bytes twice = once;
+  twice.insert(twice.end(), once.begin(), once.end());
+  EXPECT_EQ(out.bytes(), twice);
+  kcMemArchive in(out.bytes());
+  kcCircle first, second;
+  in || first || second;
+  EXPECT_EQ(first, circle);
+  EXPECT_EQ(second, circle);
+  EXPECT_TRUE(in.atEnd());
+}
+
+// One object reused for record after record, as a sketch's archive form does.
+TEST(Archive, AReusedObjectCarriesEachRecord) {
+  TestNode record;
+  kcMemArchive out;
+  for (std::int32_t i = 0; i < 4; ++i) {
+    record.setValue(i);
+    out || record;
+  }
+  EXPECT_EQ(record.dispatches, 4);
+  kcMemArchive in(out.bytes());
+  for (std::int32_t i = 0; i < 4; ++i) {
+    TestNode back;
+    in || back;
+    EXPECT_EQ(back.value, i);
+  }
+  EXPECT_TRUE(in.atEnd());
+}
+
+TEST(Archive, TheSameHandleTwiceIsABackReference) {
+  auto node = kfMakeHandle<TestNode>(5, "n");
+  kcMemArchive out;
+  out || node || node;
+  kcMemArchive in(out.bytes());
+  kcPtrHandle<TestNode> a, b;
+  in || a || b;
+  EXPECT_EQ(a.get(), b.get());
+  EXPECT_EQ(a->dispatches, 1);
+  const Bytes& bytes = out.bytes();
+  EXPECT_EQ(Bytes(bytes.end() - 5, bytes.end()), (Bytes{2, 1, 0, 0, 0}));
+}
+
+// Each temporary is freed before the next is made, so the allocator hands
+// out the same address again: it must never pass for the object before.
+TEST(Archive, TemporariesStoredByHandleStayDistinct) {
+  kcMemArchive out;
+  for (int i = 0; i < 5; ++i) {
+    kcPtrHandle<kcShape> segment = kfMakeHandle<kcLineSeg>(kcVector<2>(i, 0), kcVector<2>(i, 1));
+    out || segment;
+  }
+  kcMemArchive in(out.bytes());
+  for (int i = 0; i < 5; ++i) {
+    kcPtrHandle<kcShape> back;
+    in || back;
+    auto segment = kfDynamicCast<kcLineSeg>(back);
+    ASSERT_TRUE(segment);
+    EXPECT_EQ(segment->p1(), kcVector<2>(i, 0));
+  }
+  EXPECT_TRUE(in.atEnd());
+}
+
+TEST(Archive, AFailedTopLevelStoreTakesBackWhatItWrote) {
+  auto shared = kfMakeHandle<TestNode>(1, "shared");
+  auto failing = kfMakeHandle<TestNode>(2, "failing");
+  failing->children = {shared};
+  failing->failAfterChildren = true;
+  kcMemArchive out;
+  std::int32_t before = 7;
+  out || before;
+  std::vector<kcPtrHandle<TestNode>> both{shared, failing};
+  EXPECT_THROW(out || both, kcArchive::ValueOutOfRange);
+  EXPECT_THROW(out || failing, kcArchive::ValueOutOfRange);
+  EXPECT_EQ(out.bytes(), store(before));
+  // The id the shared node had in the failed store is taken back with it, so
+  // it travels in full now rather than as a reference to bytes that are gone.
+  out || shared;
+  kcMemArchive in(out.bytes());
+  std::int32_t n = 0;
+  kcPtrHandle<TestNode> back;
+  in || n || back;
+  EXPECT_EQ(n, 7);
+  ASSERT_TRUE(back);
+  EXPECT_EQ(back->name, "shared");
+  EXPECT_TRUE(in.atEnd());
+}
+
+TEST(Archive, AFailedStoreIntoAFileLeavesTheFileReadable) {
+  auto path = (std::filesystem::temp_directory_path() / "dispc_archive_rollback.bin").string();
+  auto failing = kfMakeHandle<TestNode>(2, "failing");
+  failing->failAfterChildren = true;
+  {
+    kcFileArchive out(path, kcArchive::Mode::store);
+    std::string text = "kept";
+    out || text;
+    EXPECT_THROW(out || failing, kcArchive::ValueOutOfRange);
+  }
+  kcFileArchive in(path, kcArchive::Mode::load);
+  std::string text;
+  in || text;
+  EXPECT_EQ(text, "kept");
+  EXPECT_TRUE(in.atEnd());
+  std::filesystem::remove(path);
 }
 
 TEST(Persistent, MutatingMarksChangedOnlyWhileTracking) {

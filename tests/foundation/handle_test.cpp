@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "foundation/exception.h"
@@ -39,6 +40,12 @@ TEST(PtrHandle, LastReleaseDeletes) {
   }
   EXPECT_EQ(Counted::alive, 0);
 }
+
+// A raw pointer becomes an owning handle only when asked: the address of a
+// member or a stack object must never slip into one.
+static_assert(!std::is_convertible_v<Counted*, kcPtrHandle<Counted>>);
+static_assert(std::is_constructible_v<kcPtrHandle<Counted>, Counted*>);
+static_assert(!std::is_convertible_v<const Counted*, kcPtrHandle_const<Counted>>);
 
 TEST(PtrHandle, NullDereferenceConversionsAndDynamicCast) {
   kcPtrHandle<Counted> none;

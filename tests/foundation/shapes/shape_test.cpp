@@ -85,7 +85,7 @@ std::vector<V> pts(P... p) {
 }
 X withX(const X& x, double v) { return X(x.matrix(), V(x.trans().x() * v, x.trans().y())); }
 
-#define MAKE(expr) [=](double v) -> kcShapePtr { return new expr; }
+#define MAKE(expr) [=](double v) -> kcShapePtr { return kcShapePtr(new expr); }
 
 Piece circlePiece(V c, double r) { return {ellipseCurve(c, r, r, 0.0), 0.0, 2 * kPi}; }
 
@@ -267,8 +267,9 @@ std::vector<Row> rows() {
       row("genshape_circle", "genshape", MAKE(kcGenShape(kcCircle(V(2 * v, 2), 3.0))),
           {circlePiece(V(2, 2), 3)}),
       row("shapetree", "shapetree",
-          MAKE(kcShapeTree({new kcCircle(V(0, 0), v), new kcLineSeg(V(5, 0), V(7, 0)),
-                            new kcShapeTree({new kcBezierCurve(kArch[0], kArch[1], kArch[2], kArch[3])})})),
+          MAKE(kcShapeTree({kfMakeHandle<kcCircle>(V(0, 0), v), kfMakeHandle<kcLineSeg>(V(5, 0), V(7, 0)),
+                            kfMakeHandle<kcShapeTree>(std::vector<kcShapePtr>{
+                                kfMakeHandle<kcBezierCurve>(kArch[0], kArch[1], kArch[2], kArch[3])})})),
           treeRef, 0, {}, {}, 0),
   };
   return out;
@@ -497,7 +498,7 @@ INSTANTIATE_TEST_SUITE_P(Shapes, EveryShape, ::testing::ValuesIn(rows()),
 
 // Shapes without geometry: sets and composites with nothing in them, the empty rect.
 TEST(EmptyShape, HasNoGeometryAndRoundTrips) {
-  kcShapePtr hollow = new kcShapeTree(std::vector<kcShapePtr>(1, new kcPointSet()));
+  kcShapePtr hollow = kfMakeHandle<kcShapeTree>(std::vector<kcShapePtr>(1, kfMakeHandle<kcPointSet>()));
   for (kcShapePtr e :
        {kcShapePtr(new kcPointSet()), kcShapePtr(new kcLineSegSet()), kcShapePtr(new kcPolygon()),
         kcShapePtr(new kcPolyline()), kcShapePtr(new kcGenShape()), kcShapePtr(new kcShapeTree()), hollow,

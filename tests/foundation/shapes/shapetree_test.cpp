@@ -15,9 +15,9 @@ namespace {
 
 using namespace shape_testing;
 
-kcShapePtr circle() { return new kcCircle(V(0, 0), 1.0); }
-kcShapePtr segment() { return new kcLineSeg(V(5, 0), V(7, 0)); }
-kcShapePtr curve() { return new kcBezierCurve(V(0, 4), V(1, 6), V(3, 6), V(4, 4)); }
+kcShapePtr circle() { return kfMakeHandle<kcCircle>(V(0, 0), 1.0); }
+kcShapePtr segment() { return kfMakeHandle<kcLineSeg>(V(5, 0), V(7, 0)); }
+kcShapePtr curve() { return kfMakeHandle<kcBezierCurve>(V(0, 4), V(1, 6), V(3, 6), V(4, 4)); }
 
 void putU32(Bytes& b, std::uint32_t v) {
   for (int i = 0; i < 4; ++i) b.push_back(static_cast<std::uint8_t>(v >> (8 * i)));

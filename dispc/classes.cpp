@@ -1,0 +1,38 @@
+#include "dispc/classes.h"
+
+#include "dispc/dimtol.h"
+#include "dispc/dispprop.h"
+#include "dispc/smd/vertex.h"
+#include "dispc/uierror.h"
+#include "dispc/wrfm/colors.h"
+
+namespace {
+constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
+    // errors
+    &kcUIError::BadLayer::sExemplar,
+    &kcUIError::BadIconPattern::sExemplar,
+    &kcUIError::FlagStackUnderflow::sExemplar,
+    &kcUIError::FlagStackOverflow::sExemplar,
+    &kcUIError::FlagStackOutOfRange::sExemplar,
+    &kcUIError::NotAvailable::sExemplar,
+    &kcUIError::NotEnabled::sExemplar,
+    &kcUIError::BadKeyValue::sExemplar,
+    &kcUIError::InvalidColorMapSize::sExemplar,
+    &kcUIError::NotImplemented::sExemplar,
+    &kcUIError::BadParams::sExemplar,
+    &kcUIError::NotRGBColor::sExemplar,
+    &kcUIError::NotIndexColor::sExemplar,
+    &kcUIError::NoLongerSupported::sExemplar,
+    &kcUIError::InvalidUISketch::sExemplar,
+    &kcUIError::InitFailed::sExemplar,
+    &kcGraphicProps::BadParams::sExemplar,
+    &kcSMDDimension::badDimensionValue::sExemplar,
+    &kcSMDGDPolyVertex::invalidSegmentLength::sExemplar,
+    // values
+    &kcGraphicProps::sExemplar,
+    &kcSMDGDPolyVertex::sExemplar,
+    &kcSMDColors::sExemplar,
+};
+}  // namespace
+
+std::span<const kcPersistenceRegistry::Exemplar* const> kfDispcClasses() { return kClasses; }
