@@ -5,6 +5,7 @@
 #include <numbers>
 #include <ostream>
 
+#include "dispc/wrfm/predicates_p.h"
 #include "foundation/matrix.h"
 
 namespace {
@@ -140,7 +141,54 @@ class CircleEllipse {
   double tolF_;
 };
 
-std::vector<kcVector<2>> toVector(const kcVector<2>* points, int n) { return {points, points + n}; }
+// The meeting points of two segments in client space, each kept once: two
+// points within the crossing tolerance are one.
+class Meetings {
+ public:
+  explicit Meetings(double tol) noexcept : tol_(tol) {}
+  [[nodiscard]] bool near(const kcVector<2>& p) const noexcept {
+    return std::any_of(points_, points_ + n_, [&](const kcVector<2>& q) { return q.distance(p) <= tol_; });
+  }
+  void add(const kcVector<2>& p) noexcept {
+    if (n_ < 4 && !near(p)) points_[n_++] = p;
+  }
+  [[nodiscard]] std::vector<kcVector<2>> points() const { return {points_, points_ + n_}; }
+
+ private:
+  double tol_;
+  kcVector<2> points_[4];
+  int n_ = 0;
+};
+
+// The end points two segments share: exactly equal first, else within tol
+// (the rounding of points computed from angles). The shared point is the
+// other segment's end point, a vertex given by the caller where that is a line.
+template <class A, class B>
+Meetings sharedEnds(const A& a, const B& b, double tol) {
+  Meetings shared(tol);
+  const kcVector<2> ends[2] = {a.p1(), a.p2()};
+  const kcVector<2> others[2] = {b.p1(), b.p2()};
+  for (const kcVector<2>& q : others)
+    for (const kcVector<2>& p : ends)
+      if (p == q || p.distance(q) <= tol) shared.add(q);
+  return shared;
+}
+
+// Where a point of a line segment's infinite line lies on the segment.
+kc2SegmentArc::Place placeOnLine(const kc2SegmentLine& s, const kcVector<2>& p, double tol) noexcept {
+  if (p.distance(s.p1()) <= tol || p.distance(s.p2()) <= tol) return kc2SegmentArc::Place::atEnd;
+  const kcVector<2> d = s.p2() - s.p1();
+  const double t = (p - s.p1()).dot(d);
+  return t > 0.0 && t < d.lenSq() ? kc2SegmentArc::Place::inside : kc2SegmentArc::Place::off;
+}
+
+// Whether a candidate counts under the flag rule: on both segments, and with
+// flag true (adjacent segments) at the end of neither.
+bool counts(kc2SegmentArc::Place a, kc2SegmentArc::Place b, bool flag) noexcept {
+  using Place = kc2SegmentArc::Place;
+  if (a == Place::off || b == Place::off) return false;
+  return !flag || (a == Place::inside && b == Place::inside);
+}
 }  // namespace
 
 // --- construction ---
@@ -152,7 +200,8 @@ std::vector<kcVector<2>> toVector(const kcVector<2>* points, int n) { return {po
 kc2SegmentArc::kc2SegmentArc(const kcVector<2>& p1, const kcVector<2>& p2, const kcDegree& span) {
   double s = span.toDouble();
   if (!(std::fabs(s) > kMinSpan)) throw kcShapesError::DegenerateShape();
-  if (!(s >= -kFullTurn && s <= kFullTurn)) throw kcShapesError::DegenerateShape();
+  // A whole turn from a point back to another point has no circle.
+  if (!(s > -kFullTurn && s < kFullTurn)) throw kcShapesError::DegenerateShape();
   if (p1 == p2) throw kcShapesError::DegenerateShape();
   kcVector<2> chord = p2 - p1;
   kcVector<2> u = chord / chord.len();
@@ -361,6 +410,37 @@ bool kc2SegmentArc::validPoint_(const kcVector<2>& pt, bool /*flag*/) const {
 }
 
 // --- intersection ---
+//
+// Every intersection first takes the end points the two segments share
+// (exactly, or within the crossing tolerance of the coordinates involved):
+// those meet whatever the angle between the segments. The other candidates
+// come from the circles and lines, computed in this arc's unmapped space, and
+// count when they lie on both segments; one within the tolerance of an end is
+// at that end. Tolerances scale with the coordinates, never with one
+// segment's length or sweep, so short segments and small sweeps keep their
+// meetings.
+
+kc2SegmentArc::Place kc2SegmentArc::place_(const kcVector<2>& p, double tol) const noexcept {
+  if (std::fabs(span_) >= kFullTurn) return Place::inside;
+  const kcVector<2> v = p - circleCenter_;
+  if (v.x() == 0.0 && v.y() == 0.0) return Place::off;
+  const double angleTol = tol / circleRadius_ / kPerDegree;
+  const kcDegree a(v.angle());
+  double d, limit;
+  if (span_ >= 0.0) {
+    d = (a - startAngle_()).norm().toDouble();
+    limit = span_;
+  } else {
+    d = (startAngle_() - a).norm().toDouble();
+    limit = -span_;
+  }
+  if (d <= angleTol || d >= kFullTurn - angleTol || std::fabs(d - limit) <= angleTol) return Place::atEnd;
+  return d < limit ? Place::inside : Place::off;
+}
+
+double kc2SegmentArc::crossingTol_() const noexcept {
+  return kfCrossingTol({kfMagnitude(circleCenter_), circleRadius_});
+}
 
 int kc2SegmentArc::circleLine_(const kcVector<2>& q, const kcVector<2>& e,
                                kcVector<2> out[2]) const noexcept {
@@ -391,99 +471,148 @@ void kc2SegmentArc::unmapLine_(const kcVector<2>& point, const kcVector<2>& dir,
   e = d / d.len();
 }
 
-template <class Keep>
-std::vector<kcVector<2>> kc2SegmentArc::lineIntersection_(const kcVector<2>& q, const kcVector<2>& e,
-                                                          bool inclusive, Keep keep) const {
-  kcVector<2> candidates[2];
-  kcVector<2> found[2];
-  int n = 0;
-  int count = circleLine_(q, e, candidates);
-  for (int i = 0; i < count; ++i) {
-    if (!validAngle_(kcDegree((candidates[i] - circleCenter_).angle()), inclusive)) continue;
-    kcVector<2> p = xform_ * candidates[i];
-    if (keep(p)) found[n++] = p;
-  }
-  return toVector(found, n);
-}
-
 std::vector<kcVector<2>> kc2SegmentArc::intersection(const kcFLine& other, bool flag) const {
   kcVector<2> q, e;
   unmapLine_(other.point(), other.direction(), q, e);
-  return lineIntersection_(q, e, !flag, [](const kcVector<2>&) { return true; });
+  const double tol = kfCrossingTol({kfMagnitude(circleCenter_), circleRadius_, kfMagnitude(q)});
+  kcVector<2> candidates[2];
+  const int count = circleLine_(q, e, candidates);
+  Meetings found(kfCrossingTol({kfMagnitude(p1()), kfMagnitude(p2())}));
+  for (int i = 0; i < count; ++i) {
+    const Place here = place_(candidates[i], tol);
+    if (counts(here, Place::inside, flag)) found.add(xform_ * candidates[i]);
+  }
+  return found.points();
 }
 
 std::vector<kcVector<2>> kc2SegmentArc::intersection(const kc2SegmentLine& other, bool flag) const {
-  kcVector<2> u = other.unit_();
+  // A segment that passes the circle by has nothing in common with the arc:
+  // the cheap answer for most pairs of an outline.
+  if (xform_.isIdentity() &&
+      other.distToPoint(circleCenter_) > circleRadius_ * (1.0 + kTangentTol) + crossingTol_())
+    return {};
+  const double tolClient =
+      kfCrossingTol({kfMagnitude(p1()), kfMagnitude(p2()), kfMagnitude(other.p1()), kfMagnitude(other.p2())});
+  const Meetings shared = sharedEnds(*this, other, tolClient);
+  Meetings found = flag ? Meetings(tolClient) : shared;
+  const kcVector<2> d = other.p2() - other.p1();
   kcVector<2> q, e;
-  unmapLine_(other.p1(), u, q, e);
-  return lineIntersection_(q, e, !flag, [&](const kcVector<2>& p) { return other.inRange_(p, !flag, u); });
+  unmapLine_(other.p1(), d / d.len(), q, e);
+  const double tol = kfCrossingTol({kfMagnitude(circleCenter_), circleRadius_, kfMagnitude(q)});
+  kcVector<2> candidates[2];
+  const int count = circleLine_(q, e, candidates);
+  for (int i = 0; i < count; ++i) {
+    const kcVector<2> p = xform_ * candidates[i];
+    if (shared.near(p)) continue;
+    if (counts(place_(candidates[i], tol), placeOnLine(other, p, tolClient), flag)) found.add(p);
+  }
+  return found.points();
 }
 
 // Works in this arc's unmapped space, into which m maps the other arc's. When
 // m is a similarity the other circle stays a circle there; otherwise it is an
 // ellipse and its crossings are found numerically.
 std::vector<kcVector<2>> kc2SegmentArc::intersection(const kc2SegmentArc& other, bool flag) const {
-  const bool inclusive = !flag;
-  const kcXform<2> m =
-      xform_.isIdentity() && other.xform_.isIdentity() ? kcXform<2>() : xform_.inverse() * other.xform_;
+  const bool identities = xform_.isIdentity() && other.xform_.isIdentity();
+  const kcXform<2> m = identities ? kcXform<2>() : xform_.inverse() * other.xform_;
+  const kcXform<2> back = identities ? kcXform<2>() : m.inverse();
+  const double tolClient =
+      kfCrossingTol({kfMagnitude(p1()), kfMagnitude(p2()), kfMagnitude(other.p1()), kfMagnitude(other.p2())});
+  const double tolThis = crossingTol_();
+  const double tolOther = other.crossingTol_();
+  if (isSimilarity(m.matrix())) {
+    // Circles apart, or one inside the other, have nothing in common.
+    const double r2 = other.circleRadius_ * std::sqrt(std::fabs(m.matrix().determinant()));
+    const double d = (m * other.circleCenter_).distance(circleCenter_);
+    const double slack = kTangentTol * std::max(circleRadius_, r2) + tolThis;
+    if (d > circleRadius_ + r2 + slack || d < std::fabs(circleRadius_ - r2) - slack) return {};
+  }
+  const Meetings shared = sharedEnds(*this, other, tolClient);
+  Meetings found = flag ? Meetings(tolClient) : shared;
+  // A candidate in this arc's unmapped space.
+  auto consider = [&](const kcVector<2>& p) {
+    const kcVector<2> client = xform_ * p;
+    if (shared.near(client)) return;
+    if (counts(place_(p, tolThis), other.place_(back * p, tolOther), flag)) found.add(client);
+  };
+
   const kcVector<2>& c1 = circleCenter_;
   const double r1 = circleRadius_;
-  kcVector<2> found[4];
-  int n = 0;
-  auto onThis = [&](const kcVector<2>& p) { return validAngle_(kcDegree((p - c1).angle()), inclusive); };
-
   if (!isSimilarity(m.matrix())) {
     const kcMatrix<2>& a = m.matrix();
-    double r2 = other.circleRadius_;
+    const double r2 = other.circleRadius_;
     CircleEllipse crossing(c1, r1, m * other.circleCenter_, a * kcVector<2>(r2, 0.0),
                            a * kcVector<2>(0.0, r2));
     double roots[4];
-    int count = crossing.roots(roots);
-    for (int i = 0; i < count; ++i) {
-      kcVector<2> mapped =
-          m * (other.circleCenter_ + r2 * kcVector<2>(std::cos(roots[i]), std::sin(roots[i])));
-      if (other.validAngle_(kcRadian(roots[i]), inclusive) && onThis(mapped)) found[n++] = mapped;
-    }
-  } else {
-    // Directions in this space back to the other arc's space.
-    const kcMatrix<2> back = m.matrix().inverse();
-    const kcVector<2> c2 = m * other.circleCenter_;
-    const double r2 = other.circleRadius_ * std::sqrt(std::fabs(m.matrix().determinant()));
-    const double tol = kTangentTol * std::max(r1, r2);
-    auto onOther = [&](const kcVector<2>& p) {
-      return other.validAngle_(kcDegree((back * (p - c2)).angle()), inclusive);
-    };
-    kcVector<2> dv = c2 - c1;
-    double d = dv.len();
-    if (d <= tol && std::fabs(r1 - r2) <= tol) {
-      // The same circle: the end points of either arc that lie on both.
-      const kcVector<2> ends[4] = {p1_(), p2_(), m * other.p1_(), m * other.p2_()};
-      for (const kcVector<2>& p : ends) {
-        bool repeated =
-            std::any_of(found, found + n, [&](const kcVector<2>& f) { return f.distance(p) <= tol; });
-        if (!repeated && onThis(p) && onOther(p)) found[n++] = p;
-      }
-    } else if (d > tol && d <= r1 + r2 + tol && d >= std::fabs(r1 - r2) - tol) {
-      kcVector<2> e = dv / d;
-      double along = (d * d + r1 * r1 - r2 * r2) / (2.0 * d);
-      kcVector<2> candidates[2];
-      int count;
-      if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol) {
-        candidates[0] = c1 + e * std::copysign(r1, along);
-        count = 1;
-      } else {
-        double h = std::sqrt(std::max(r1 * r1 - along * along, 0.0));
-        kcVector<2> base = c1 + e * along;
-        candidates[0] = base - leftNormal(e) * h;
-        candidates[1] = base + leftNormal(e) * h;
-        count = 2;
-      }
-      for (int i = 0; i < count; ++i)
-        if (onThis(candidates[i]) && onOther(candidates[i])) found[n++] = candidates[i];
-    }
+    const int count = crossing.roots(roots);
+    for (int i = 0; i < count; ++i)
+      consider(m * (other.circleCenter_ + r2 * kcVector<2>(std::cos(roots[i]), std::sin(roots[i]))));
+    return found.points();
   }
-  for (int i = 0; i < n; ++i) found[i] = xform_ * found[i];
-  return toVector(found, n);
+
+  const kcVector<2> c2 = m * other.circleCenter_;
+  const double r2 = other.circleRadius_ * std::sqrt(std::fabs(m.matrix().determinant()));
+  const double tol = kTangentTol * std::max(r1, r2);
+  const kcVector<2> dv = c2 - c1;
+  const double d = dv.len();
+  if ((c1 == c2 && r1 == r2) || (d <= tol && std::fabs(r1 - r2) <= tol)) {
+    // One circle: the arcs meet only at end points, the ends of either that
+    // lie on the other; with flag true every one of them is dropped.
+    if (flag) return {};
+    const kcVector<2> ends[4] = {p1_(), p2_(), m * other.p1_(), m * other.p2_()};
+    for (const kcVector<2>& p : ends)
+      if (place_(p, tolThis) != Place::off && other.place_(back * p, tolOther) != Place::off)
+        found.add(xform_ * p);
+    return found.points();
+  }
+  if (d <= tol || d > r1 + r2 + tol || d < std::fabs(r1 - r2) - tol) return found.points();
+  // The radical line, measured from the smaller circle's centre so that the
+  // rounding stays relative to the smaller radius; (d - R)(d + R) keeps a
+  // small circle against a huge one from cancelling.
+  const kcVector<2> e = dv / d;
+  const bool thisSmall = r1 <= r2;
+  const kcVector<2>& cs = thisSmall ? c1 : c2;
+  const double rs = thisSmall ? r1 : r2;
+  const double rl = thisSmall ? r2 : r1;
+  const kcVector<2> toLarge = thisSmall ? e : -e;
+  const double along = ((d - rl) * (d + rl) + rs * rs) / (2.0 * d);
+  if (std::fabs(d - (r1 + r2)) <= tol || std::fabs(d - std::fabs(r1 - r2)) <= tol) {
+    consider(cs + toLarge * std::copysign(rs, along));
+    return found.points();
+  }
+  const double h = std::sqrt(std::max((rs - along) * (rs + along), 0.0));
+  const kcVector<2> base = cs + toLarge * along;
+  // Right of the line from this centre to the other's first.
+  consider(base - leftNormal(e) * h);
+  consider(base + leftNormal(e) * h);
+  return found.points();
+}
+
+bool kc2SegmentArc::overlaps(const kc2SegmentArc& other) const {
+  const bool identities = xform_.isIdentity() && other.xform_.isIdentity();
+  const kcXform<2> m = identities ? kcXform<2>() : xform_.inverse() * other.xform_;
+  if (!isSimilarity(m.matrix())) return false;
+  const kcVector<2> c2 = m * other.circleCenter_;
+  const double r1 = circleRadius_;
+  const double r2 = other.circleRadius_ * std::sqrt(std::fabs(m.matrix().determinant()));
+  const double tol = kTangentTol * std::max(r1, r2);
+  if (!((circleCenter_ == c2 && r1 == r2) ||
+        (c2.distance(circleCenter_) <= tol && std::fabs(r1 - r2) <= tol)))
+    return false;
+  // Both arcs as counter-clockwise intervals of this circle: they share more
+  // than a point when one starts inside the other, or both start together.
+  const double angleTol = crossingTol_() / r1 / kPerDegree;
+  auto interval = [&](const kcVector<2>& from, const kcVector<2>& to, double sweep) {
+    const double a = kcDegree((from - circleCenter_).angle()).toDouble();
+    const double b = kcDegree((to - circleCenter_).angle()).toDouble();
+    return std::pair{sweep >= 0.0 ? a : b, std::min(std::fabs(sweep), kFullTurn)};
+  };
+  const bool mirrored = m.matrix().determinant() < 0.0;
+  const auto [a0, aLen] = interval(p1_(), p2_(), span_);
+  const auto [b0, bLen] = interval(m * other.p1_(), m * other.p2_(), mirrored ? -other.span_ : other.span_);
+  const double bFromA = kcDegree(b0 - a0).norm().toDouble();
+  const double aFromB = kcDegree(a0 - b0).norm().toDouble();
+  return bFromA < aLen - angleTol || aFromB < bLen - angleTol || bFromA <= angleTol || aFromB <= angleTol;
 }
 
 // --- comparison and images ---

@@ -31,18 +31,27 @@
 // for orientation is signed-normalised, and a transform whose matrix is the
 // identity returns the stored sweep unrounded.
 //
-// Intersections (with arcs, lines and infinite lines) return 0, 1 or 2 points;
-// a candidate counts when it lies within the range of both curves under the
-// flag rule of kc2SegmentLine: flag false keeps points at end points, flag
-// true drops them. A line or circle closer to tangency than kTangentTol times
-// the radius touches in one point. Two points come in the order of travel
-// along the line, or, for two circles, the one to the right of the line from
-// this centre to the other's first. Two arcs on the same circle meet in their
-// shared end points: the end points of either arc that lie on both (two arcs
-// that overlap at both ends of the circle give all four). When the two arcs'
-// transforms differ by more than a similarity, the other circle is an ellipse
-// in this arc's space: its crossings (up to four) are found numerically and
-// come in the order of the other arc's angle from 0.
+// Intersections (with arcs, lines and infinite lines) return 0, 1 or 2 points
+// (up to four against an arc whose transform differs by more than a
+// similarity). End points the two segments share come first, whatever the
+// angle between them: exactly equal, or within the crossing tolerance, 64
+// units in the last place of the largest coordinate involved (the rounding of
+// points computed from angles). They count with flag false and are dropped
+// with flag true, as every meeting at an end point of either segment is; a
+// candidate within the tolerance of an end is at that end. A line or circle
+// closer to tangency than kTangentTol times the radius touches in one point.
+// Two points come in the order of travel along the line, or, for two circles,
+// the one to the right of the line from this centre to the other's first;
+// the crossing of two circles is computed from the smaller one, so its error
+// stays relative to the smaller radius. Away from tangency every computed
+// crossing lies within 16 units in the last place of the largest coordinate
+// involved from both curves. Two arcs on the same circle (the same
+// centre and radius within kTangentTol of the larger radius) meet only in end
+// points: the end points of either that lie on the other, and none with flag
+// true; overlaps() tells whether they share more than a point. When the two
+// arcs' transforms differ by more than a similarity, the other circle is an
+// ellipse in this arc's space: its crossings are found numerically and come
+// in the order of the other arc's angle from 0.
 
 // Equality compares client-space values with kEqualTol: the start angle (a
 // whole turn apart counts as equal), the sweep, the centre, and the radius in
@@ -95,10 +104,13 @@ class kc2SegmentArc {
   // Intersections: a gap below this fraction of the radius is a tangency.
   static constexpr double kTangentTol = 1e-12;
 
+  // Where a point of a segment's circle or line lies on the segment.
+  enum class Place { off, inside, atEnd };
+
   // The unit circle, from 0 over 360 degrees, identity transform.
   kc2SegmentArc() noexcept = default;
   // The arc from p1 to p2 sweeping span degrees (signed). DegenerateShape, in
-  // this order, for |span| <= kMinSpan, |span| > 360 and p1 == p2.
+  // this order, for |span| <= kMinSpan, |span| >= 360 and p1 == p2.
   kc2SegmentArc(const kcVector<2>& p1, const kcVector<2>& p2, const kcDegree& span);
   // DegenerateShape unless radius > 0; the span is not checked.
   kc2SegmentArc(const kcVector<2>& center, double radius, const kcDegree& startAngle,
@@ -156,6 +168,8 @@ class kc2SegmentArc {
   [[nodiscard]] std::vector<kcVector<2>> intersection(const kc2SegmentArc& other, bool flag) const;
   [[nodiscard]] std::vector<kcVector<2>> intersection(const kc2SegmentLine& other, bool flag) const;
   [[nodiscard]] std::vector<kcVector<2>> intersection(const kcFLine& other, bool flag) const;
+  // True when both arcs lie on one circle and share more than a point.
+  [[nodiscard]] bool overlaps(const kc2SegmentArc& other) const;
 
   // The arc as an elliptical arc in client space: the circle as a kcEllipse
   // (travelled clockwise, with negated angles, for a negative sweep), mapped
@@ -217,11 +231,11 @@ class kc2SegmentArc {
   // The client-space line through point in the unit direction dir, as a point
   // and unit direction in the unmapped space.
   void unmapLine_(const kcVector<2>& point, const kcVector<2>& dir, kcVector<2>& q, kcVector<2>& e) const;
-  // The crossings of the circle with an unmapped line that lie in this arc's
-  // range and pass keep (a test in client space), mapped to client space.
-  template <class Keep>
-  std::vector<kcVector<2>> lineIntersection_(const kcVector<2>& q, const kcVector<2>& e, bool inclusive,
-                                             Keep keep) const;
+  // Where the unmapped point p of the circle lies on the arc: at an end when
+  // within tol of it along the circle. A whole turn has no ends.
+  [[nodiscard]] Place place_(const kcVector<2>& p, double tol) const noexcept;
+  // The crossing tolerance of the unmapped circle's coordinates.
+  [[nodiscard]] double crossingTol_() const noexcept;
 
   kcVector<2> circleCenter_;
   double circleRadius_ = 1.0;

@@ -1,7 +1,10 @@
 #include "dispc/wrfm/lineseg.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ostream>
+
+#include "dispc/wrfm/predicates_p.h"
 
 namespace {
 // Where the archive reports an unknown version of the record.
@@ -81,12 +84,66 @@ std::optional<kcVector<2>> kc2SegmentLine::intersection_(const kcFLine& other) c
   return intersection_(unit_(), other.point(), other.direction());
 }
 
+// Decided on the end points themselves: the four orientations are exact, so
+// parallel, collinear and touching segments are told apart whatever their
+// angle or length, and a meeting at an end point is that end point exactly.
+// Only a proper crossing is computed, and it is clamped onto this segment.
 std::vector<kcVector<2>> kc2SegmentLine::intersection(const kc2SegmentLine& other, bool flag) const {
-  kcVector<2> u = unit_();
-  kcVector<2> e = other.unit_();
-  std::optional<kcVector<2>> p = intersection_(u, other.p1_, e);
-  if (p && inRange_(*p, !flag, u) && other.inRange_(*p, !flag, e)) return {*p};
-  return {};
+  const int o1 = kfOrientation(p1_, p2_, other.p1_);
+  const int o2 = kfOrientation(p1_, p2_, other.p2_);
+  if (o1 == 0 && o2 == 0) {
+    const std::optional<kcVector<2>> touch = collinearTouch_(other);
+    if (touch && !flag) return {*touch};
+    return {};
+  }
+  const int o3 = kfOrientation(other.p1_, other.p2_, p1_);
+  const int o4 = kfOrientation(other.p1_, other.p2_, p2_);
+  if (o1 * o2 > 0 || o3 * o4 > 0) return {};
+  // An end point on the other segment is where they meet.
+  const kcVector<2>* end = o1 == 0   ? &other.p1_
+                           : o2 == 0 ? &other.p2_
+                           : o3 == 0 ? &p1_
+                           : o4 == 0 ? &p2_
+                                     : nullptr;
+  if (end) {
+    if (flag) return {};
+    return {*end};
+  }
+  const kcVector<2> u = p2_ - p1_;
+  const kcVector<2> e = other.p2_ - other.p1_;
+  const double t = std::clamp((other.p1_ - p1_).cross(e) / u.cross(e), 0.0, 1.0);
+  const kcVector<2> p = p1_ + u * t;
+  // Adjacent segments (flag true) drop a crossing within the range tolerance
+  // of an end, as the range test does.
+  if (flag && (!inRange_(p, false, unit_()) || !other.inRange_(p, false, other.unit_()))) return {};
+  return {p};
+}
+
+// Collinear segments compared along the axis their line runs closer to,
+// where the order of points on the line is the order of that coordinate.
+// The single shared point when they touch end to end; none when they are
+// apart or share more than a point.
+std::optional<kcVector<2>> kc2SegmentLine::collinearTouch_(const kc2SegmentLine& other) const noexcept {
+  const kcVector<2> d = p2_ - p1_;
+  const int k = std::fabs(d.x()) >= std::fabs(d.y()) ? 0 : 1;
+  const bool thisUp = p1_[k] <= p2_[k];
+  const bool otherUp = other.p1_[k] <= other.p2_[k];
+  const kcVector<2>& lo1 = thisUp ? p1_ : p2_;
+  const kcVector<2>& hi1 = thisUp ? p2_ : p1_;
+  const kcVector<2>& lo2 = otherUp ? other.p1_ : other.p2_;
+  const kcVector<2>& hi2 = otherUp ? other.p2_ : other.p1_;
+  if (hi1[k] == lo2[k]) return hi1;
+  if (hi2[k] == lo1[k]) return hi2;
+  return std::nullopt;
+}
+
+bool kc2SegmentLine::overlaps(const kc2SegmentLine& other) const noexcept {
+  if (kfOrientation(p1_, p2_, other.p1_) != 0 || kfOrientation(p1_, p2_, other.p2_) != 0) return false;
+  const kcVector<2> d = p2_ - p1_;
+  const int k = std::fabs(d.x()) >= std::fabs(d.y()) ? 0 : 1;
+  const double lo = std::max(std::min(p1_[k], p2_[k]), std::min(other.p1_[k], other.p2_[k]));
+  const double hi = std::min(std::max(p1_[k], p2_[k]), std::max(other.p1_[k], other.p2_[k]));
+  return lo < hi;
 }
 
 std::vector<kcVector<2>> kc2SegmentLine::intersection(const kcFLine& other, bool flag) const {

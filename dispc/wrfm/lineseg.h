@@ -11,11 +11,20 @@
 // the unit direction u = (cos a, sin a), a being that angle, and count a
 // point within kRangeTol * length() of an end as being at that end.
 //
-// Intersections keep a crossing point when it passes inRange(point, !flag)
-// on both segments: with flag false points at the end points count, with
-// flag true (adjacent segments that share an end point) they are dropped.
-// Parallel lines (directions with an exactly zero cross product, collinear
-// overlapping segments included) have no crossing point.
+// Two segments meet where an exact orientation test of their end points says
+// they do, whatever their angle and length: a meeting at an end point of
+// either (a shared vertex, a T) is that end point exactly; it counts with
+// flag false and is dropped with flag true (adjacent segments of an outline
+// share a vertex without crossing). A proper crossing always counts with flag
+// false; with flag true it is dropped when it lies within the range tolerance
+// of an end, as inRange(point, false) decides. Parallel segments never cross;
+// collinear ones meet only when they touch end to end, in that one point,
+// and segments that share more than a point have no crossing point:
+// overlaps() tells that case. A computed crossing lies on this segment and
+// within 8 units in the last place of the largest coordinate of the four end
+// points from the other one. With an infinite line the crossing passes this
+// segment's inRange(point, !flag) alone; a line parallel to the segment by
+// its direction angle has none.
 //
 // Equality allows kEqualTol per coordinate. Printing writes the two
 // coordinates of each point with no separator between them ("p1_=12" for
@@ -88,6 +97,8 @@ class kc2SegmentLine {
   // infinite line (only this segment's range is tested then).
   [[nodiscard]] std::vector<kcVector<2>> intersection(const kc2SegmentLine& other, bool flag) const;
   [[nodiscard]] std::vector<kcVector<2>> intersection(const kcFLine& other, bool flag) const;
+  // True when the two segments are collinear and share more than a point.
+  [[nodiscard]] bool overlaps(const kc2SegmentLine& other) const noexcept;
 
   friend bool operator==(const kc2SegmentLine& a, const kc2SegmentLine& b) noexcept;
   friend bool operator!=(const kc2SegmentLine& a, const kc2SegmentLine& b) noexcept { return !(a == b); }
@@ -108,6 +119,8 @@ class kc2SegmentLine {
   [[nodiscard]] std::optional<kcVector<2>> intersection_(const kcVector<2>& u, const kcVector<2>& q,
                                                          const kcVector<2>& e) const noexcept;
   [[nodiscard]] std::optional<kcVector<2>> intersection_(const kcFLine& other) const noexcept;
+  // For a collinear other segment: the one point they share when they touch end to end.
+  [[nodiscard]] std::optional<kcVector<2>> collinearTouch_(const kc2SegmentLine& other) const noexcept;
   void print_(std::wostream& out) const;
 
   kcVector<2> p1_;

@@ -69,10 +69,10 @@ TEST(SegmentArc, ArcThroughTwoPointsWorkedExamples) {
 
 TEST(SegmentArc, DegenerateConstructionIsRejected) {
   // Zero span, at the zero tolerance, beyond a turn, not a number; then coincident points.
-  for (double span : {0.0, -1e-15, 360.000001, kNaN})
+  for (double span : {0.0, -1e-15, 360.0, -360.0, 360.000001, kNaN})
     EXPECT_THROW(A(V(0, 0), V(2, 0), deg(span)), kcShapesError::DegenerateShape) << span;
   EXPECT_THROW(A(V(0, 0), V(0, 0), deg(90)), kcShapesError::DegenerateShape);
-  for (double span : {2e-15, 360.0, -360.0}) EXPECT_NO_THROW(A(V(0, 0), V(2, 0), deg(span))) << span;
+  for (double span : {2e-15, 359.9, -359.9}) EXPECT_NO_THROW(A(V(0, 0), V(2, 0), deg(span))) << span;
   for (double r : {0.0, -1.0, kNaN})
     EXPECT_THROW(A(V(), r, deg(0), deg(90)), kcShapesError::DegenerateShape) << r;
   A unit;  // the unit circle
