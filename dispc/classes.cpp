@@ -2,6 +2,8 @@
 
 #include "dispc/dimtol.h"
 #include "dispc/dispprop.h"
+#include "dispc/smd/poly.h"
+#include "dispc/smd/polyprivate.h"
 #include "dispc/smd/vertex.h"
 #include "dispc/uierror.h"
 #include "dispc/wrfm/colors.h"
@@ -28,10 +30,19 @@ constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
     &kcGraphicProps::BadParams::sExemplar,
     &kcSMDDimension::badDimensionValue::sExemplar,
     &kcSMDGDPolyVertex::invalidSegmentLength::sExemplar,
+    &kcSMDGDPoly::invalidVertices::sExemplar,
+    &kcSMDGDPoly::crossingSegments::sExemplar,
+    &kcSMDGDPoly::invalidIndex::sExemplar,
+    &kcSMDGDPoly::invalidRounding::sExemplar,
+    &kcSMDGDPoly::noPelBuffer::sExemplar,
+    &kcSMDGDPoly::badSubModel::sExemplar,
+    &kcSMDGDPoly::notClosed::sExemplar,
     // values
     &kcGraphicProps::sExemplar,
     &kcSMDGDPolyVertex::sExemplar,
     &kcSMDColors::sExemplar,
+    &kcSMDGDPoly::sExemplar,
+    &kcSMDGDPolyPrivate::sExemplar,
 };
 }  // namespace
 

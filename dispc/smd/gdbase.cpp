@@ -22,8 +22,7 @@ void kcSMDGeometricDescription::drawSynthetic(const kcPtrHandle_const<kc2XformBa
 // --- archive ---
 
 void kcSMDGeometricDescription::dispatchSerialize(kcArchive& ar) {
-  dispatchOnce_(ar, this, kDescriptionVersion,
-                [&](unsigned char version) { serialize_(ar, version); });
+  dispatchOnce_(ar, this, kDescriptionVersion, [&](unsigned char version) { serialize_(ar, version); });
 }
 
 void kcSMDGeometricDescription::serialize_(kcArchive& ar, unsigned char version) {

@@ -31,9 +31,18 @@ TEST(Registry, HoldsTheDisplayCoreClasses) {
                                           "kcGraphicProps::BadParams",
                                           "kcSMDDimension::badDimensionValue",
                                           "kcSMDGDPolyVertex::invalidSegmentLength",
+                                          "kcSMDGDPoly::invalidVertices",
+                                          "kcSMDGDPoly::crossingSegments",
+                                          "kcSMDGDPoly::invalidIndex",
+                                          "kcSMDGDPoly::invalidRounding",
+                                          "kcSMDGDPoly::noPelBuffer",
+                                          "kcSMDGDPoly::badSubModel",
+                                          "kcSMDGDPoly::notClosed",
                                           "kcGraphicProps",
                                           "kcSMDGDPolyVertex",
-                                          "kcSMDColors"};
+                                          "kcSMDColors",
+                                          "kcSMDGDPoly",
+                                          "kcSMDGDPolyPrivate"};
   std::vector<std::string> expected = dispc;
   for (const auto* exemplar : kfFoundationClasses()) expected.push_back(exemplar->name());
   expected.push_back("SMDTestDescription");  // this test program's own

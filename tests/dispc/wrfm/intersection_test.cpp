@@ -173,7 +173,7 @@ class LineCases {
       }
       case 2: {  // a shared vertex, edges down to a unit (about 1e-6) long
         const IntPoint v = point(far);
-        return {point(v, 1 + small(4)), v, v, point(v, 1 + small(1 << 10))};
+        return {point(v, 1 + std::llabs(small(4))), v, v, point(v, 1 + std::llabs(small(1 << 10)))};
       }
       case 3: {  // nearly parallel, a unit apart
         const IntPoint p = point(far / 2), d{small(1 << 16), small(1 << 16)};
@@ -183,7 +183,7 @@ class LineCases {
       case 4: {  // an end point on the other segment: a T
         const IntPoint p = point(far / 2), d{small(1 << 10), small(1 << 10)};
         const IntPoint mid{p.x + d.x, p.y + d.y};
-        return {p, {p.x + 2 * d.x, p.y + 2 * d.y}, mid, point(mid, 1 + small(1 << 10))};
+        return {p, {p.x + 2 * d.x, p.y + 2 * d.y}, mid, point(mid, 1 + std::llabs(small(1 << 10)))};
       }
       default: {  // short segments crossing or nearly touching
         const IntPoint c = point(far);

@@ -1,0 +1,35 @@
+// The pieces of an SMD poly's outline (straight and circular segments, their
+// trimmed parts, rounding arcs) handled alike.
+#pragma once
+
+#include <variant>
+#include <vector>
+
+#include "dispc/wrfm/arc.h"
+#include "dispc/wrfm/lineseg.h"
+#include "foundation/angle.h"
+#include "foundation/shapes/rect.h"
+#include "foundation/xform.h"
+
+using kcSMDPiece_ = std::variant<kc2SegmentLine, kc2SegmentArc>;
+
+// Part 3.1's intersection of two pieces, whichever their kinds.
+[[nodiscard]] std::vector<kcVector<2>> kfPieceIntersection_(const kcSMDPiece_& a, const kcSMDPiece_& b,
+                                                            bool flag);
+[[nodiscard]] std::vector<kcVector<2>> kfPieceIntersection_(const kcSMDPiece_& a, const kcFLine& line);
+[[nodiscard]] kcVector<2> kfPieceClosestPoint_(const kcSMDPiece_& piece, const kcVector<2>& p);
+[[nodiscard]] double kfPieceLength_(const kcSMDPiece_& piece);
+[[nodiscard]] kcVector<2> kfPieceStart_(const kcSMDPiece_& piece);
+[[nodiscard]] kcVector<2> kfPieceEnd_(const kcSMDPiece_& piece);
+[[nodiscard]] kcVector<2> kfPieceMiddle_(const kcSMDPiece_& piece);
+[[nodiscard]] kcDegree kfPieceStartDirection_(const kcSMDPiece_& piece);
+[[nodiscard]] kcDegree kfPieceEndDirection_(const kcSMDPiece_& piece);
+[[nodiscard]] kcDegree kfPieceMidDirection_(const kcSMDPiece_& piece);
+// The tight box; for a mapped piece, of the mapped piece.
+[[nodiscard]] kcRect kfPieceBox_(const kcSMDPiece_& piece, const kcXform<2>& xform);
+[[nodiscard]] kcSMDPiece_ kfMapPiece_(const kcXform<2>& xform, const kcSMDPiece_& piece);
+
+class kcSMDGDPoly;
+// Segment s of a poly as a piece: whole, or trimmed by the roundings at its ends.
+[[nodiscard]] kcSMDPiece_ kfSegmentPiece_(const kcSMDGDPoly& p, int s);
+[[nodiscard]] kcSMDPiece_ kfRoundedPiece_(const kcSMDGDPoly& p, int s);

@@ -1,0 +1,121 @@
+// kcSMDGDPolyPrivate: the companion of kcSMDGDPoly. A poly in its own right
+// (persistent under its own name), whose static helpers reach into any poly:
+// the segment shapes validation is built from, the offsets that find rounding
+// centres, extensions, and the probes of the direction test.
+//
+// Segment shapes take the poly and a segment index (segment 0 of an open poly
+// is kcSMDGDPoly::invalidIndex): the whole segment, the rounded segment
+// trimmed to what the roundings at its ends leave, the segment slid by a
+// distance to its right (negative: to its left; an arc keeps its centre and
+// changes its radius), and the first or second half of that. A piece that
+// degenerates to a point is kcShapesError::DegenerateShape.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "dispc/smd/poly.h"
+
+class kcSMDGDPolyPrivate : public kcSMDGDPoly {
+ public:
+  KC_DECLARE_PERSISTENT(kcSMDGDPolyPrivate);
+
+  kcSMDGDPolyPrivate() = default;
+  explicit kcSMDGDPolyPrivate(const std::wstring& name) : kcSMDGDPoly(name) {}
+  explicit kcSMDGDPolyPrivate(const kcSMDGDPoly& poly) : kcSMDGDPoly(poly) {}
+  kcSMDGDPolyPrivate(const kcSMDGDPolyPrivate&) = default;
+  kcSMDGDPolyPrivate& operator=(const kcSMDGDPolyPrivate&) = default;
+
+  void dispatchSerialize(kcArchive& ar) override;
+
+  // --- segment shapes ---
+  [[nodiscard]] static kc2SegmentLine lineSegment_(const kcSMDGDPoly& p, int s);
+  [[nodiscard]] static kc2SegmentArc arcSegment_(const kcSMDGDPoly& p, int s);
+  [[nodiscard]] static kc2SegmentLine roundedLineSegment_(const kcSMDGDPoly& p, int s);
+  [[nodiscard]] static kc2SegmentArc roundedArcSegment_(const kcSMDGDPoly& p, int s);
+  // The rounding arc of a rounded vertex.
+  [[nodiscard]] static kc2SegmentArc roundingArc_(const kcSMDGDPoly& p, int v);
+  [[nodiscard]] static kc2SegmentLine slideLineSegment_(const kcSMDGDPoly& p, int s, double d);
+  [[nodiscard]] static kc2SegmentArc slideArc_(const kcSMDGDPoly& p, int s, double d);
+  [[nodiscard]] static kc2SegmentLine firstHalfSlideLineSegment_(const kcSMDGDPoly& p, int s, double d);
+  [[nodiscard]] static kc2SegmentLine secondHalfSlideLineSegment_(const kcSMDGDPoly& p, int s, double d);
+  [[nodiscard]] static kc2SegmentArc firstHalfSlideArc_(const kcSMDGDPoly& p, int s, double d);
+  [[nodiscard]] static kc2SegmentArc secondHalfSlideArc_(const kcSMDGDPoly& p, int s, double d);
+  // The pieces its extension percentages add beyond a segment's end (forward)
+  // or start (backward), each running outwards from where it leaves the
+  // segment: the line continued straight, the arc continued on its circle,
+  // over that share of the segment's length. DegenerateShape for a zero share.
+  [[nodiscard]] static kc2SegmentLine forwardLineSegmentExtension_(const kcSMDGDPoly& p, int s);
+  [[nodiscard]] static kc2SegmentLine backwardLineSegmentExtension_(const kcSMDGDPoly& p, int s);
+  [[nodiscard]] static kc2SegmentArc forwardArcSegmentExtension_(const kcSMDGDPoly& p, int s);
+  [[nodiscard]] static kc2SegmentArc backwardArcSegmentExtension_(const kcSMDGDPoly& p, int s);
+
+  // --- corners ---
+  // signedNorm(180 - (out - in)) of the tangent directions at v: 180 straight
+  // on, positive for a left turn. invalidIndex at an end of an open poly.
+  [[nodiscard]] static kcDegree vertexAngle(const kcSMDGDPoly& p, int v);
+  [[nodiscard]] static kcVector<2> roundPoint(const kcSMDGDPoly& p, int v) { return p.roundPoint_(v); }
+  [[nodiscard]] static double getWeight_(const kcSMDGDPoly& p) { return p.weight(); }
+  static void setWeight_(kcSMDGDPoly& p, double w) { p.weight(w); }
+
+  // --- direction probes ---
+  // The directions (degrees) under which the ends of every piece of the
+  // outline but the probed one, and the tangents to its arcs, are seen from
+  // probe. A ray along one of them may graze the outline.
+  [[nodiscard]] static std::vector<double> ranges_(const kcSMDGDPoly& p, const kcVector<2>& probe,
+                                                   int skipSegment);
+  // The direction in [from, from + span] farthest from every direction in
+  // ends (and from the two limits when span is less than a turn).
+  [[nodiscard]] static double safestDirection_(std::vector<double> ends, double from, double span);
+
+  // --- extensions ---
+  // Halves percent until the part of the extension piece it leaves (the piece
+  // stands for the whole of percent) keeps at least distance from other; a
+  // share below 1e-3 becomes 0. With flag, an other that runs within angle
+  // of parallel to the extension does not stop it.
+  static void checkSegmentExtension_(double& percent, const kc2SegmentLine& extension,
+                                     const kc2SegmentLine& other, double distance, const kcDegree& angle,
+                                     bool flag);
+  static void checkSegmentExtension_(double& percent, const kc2SegmentLine& extension,
+                                     const kc2SegmentArc& other, double distance, const kcDegree& angle,
+                                     bool flag);
+  static void checkSegmentExtension_(double& percent, const kc2SegmentArc& extension,
+                                     const kc2SegmentLine& other, double distance, const kcDegree& angle,
+                                     bool flag);
+  static void checkSegmentExtension_(double& percent, const kc2SegmentArc& extension,
+                                     const kc2SegmentArc& other, double distance, const kcDegree& angle,
+                                     bool flag);
+
+  // Installs a chain as it stands, with sharp rounding caches and the given
+  // open flag, and validates nothing: for helpers that validate afterwards.
+  static void assignVertices_(kcSMDGDPoly& p, std::vector<kcSMDGDPolyVertex> list, bool open);
+
+  // --- the poly's index helpers, for callers outside it ---
+  [[nodiscard]] static int vertexIndex_(const kcSMDGDPoly& p, int i, bool wrap) {
+    return p.vertexIndex_(i, wrap);
+  }
+  [[nodiscard]] static int segmentIndex_(const kcSMDGDPoly& p, int i, bool wrap) {
+    return p.segmentIndex_(i, wrap);
+  }
+  [[nodiscard]] static int nextVertexIndex_(const kcSMDGDPoly& p, int s) { return p.nextVertexIndex_(s); }
+  [[nodiscard]] static int previousVertexIndex_(const kcSMDGDPoly& p, int s) {
+    return p.previousVertexIndex_(s);
+  }
+  [[nodiscard]] static int nextSegmentIndex_(const kcSMDGDPoly& p, int v) { return p.nextSegmentIndex_(v); }
+  [[nodiscard]] static int previousSegmentIndex_(const kcSMDGDPoly& p, int v) {
+    return p.previousSegmentIndex_(v);
+  }
+  [[nodiscard]] static bool isEndVertex(const kcSMDGDPoly& p, int v) { return p.isEndVertex(v); }
+  [[nodiscard]] static bool vertexIsRounded_(const kcSMDGDPoly& p, int v) { return p.vertexIsRounded_(v); }
+  [[nodiscard]] static bool isArcSegment_(const kcSMDGDPoly& p, int s) { return p.isArcSegment_(s); }
+  [[nodiscard]] static bool segmentExists_(const kcSMDGDPoly& p, int s) { return p.segmentExists_(s); }
+  [[nodiscard]] static const kcVector<2>& roundStart_(const kcSMDGDPoly& p, int v) {
+    return p.roundStart_[v];
+  }
+  [[nodiscard]] static const kcVector<2>& roundEnd_(const kcSMDGDPoly& p, int v) { return p.roundEnd_[v]; }
+  [[nodiscard]] static double roundSpan_(const kcSMDGDPoly& p, int v) { return p.roundSpan_[v]; }
+
+ protected:
+  void serialize_(kcArchive& ar, unsigned char version);
+};
