@@ -5,6 +5,7 @@
 
 #include "dispc/uisketch.h"
 #include "foundation/archive.h"
+#include "foundation/bytes.h"
 
 namespace {
 // Where the archive reports an unknown version of the record.
@@ -23,17 +24,6 @@ constexpr int kCapAt = 14;
 constexpr int kArrowAt = 18;
 constexpr int kForwardAt = 19;
 constexpr int kVertexAt = 20;
-
-void putLE32(unsigned char* out, std::int32_t v) {
-  auto u = static_cast<std::uint32_t>(v);
-  for (int i = 0; i < 4; ++i) out[i] = static_cast<unsigned char>(u >> (8 * i));
-}
-
-std::int32_t getLE32(const unsigned char* in) {
-  std::uint32_t u = 0;
-  for (int i = 0; i < 4; ++i) u |= std::uint32_t{in[i]} << (8 * i);
-  return static_cast<std::int32_t>(u);
-}
 }  // namespace
 
 // --- error ---
@@ -159,10 +149,10 @@ long kcGraphicProps::opcode(kcUISketch* sketch, const kcGraphicProps& p) {
   out[0] = kRecordCode;
   out[kFillAt] = p.fill_ ? 1 : 0;
   // The width always fits: every way in checks it.
-  putLE32(out + kWidthAt, static_cast<std::int32_t>(p.penWidth_));
-  putLE32(out + kStyleAt, p.penStyle_);
-  putLE32(out + kJoinAt, p.penJoin_);
-  putLE32(out + kCapAt, p.penEndCap_);
+  kfStoreLE(out + kWidthAt, static_cast<std::int32_t>(p.penWidth_));
+  kfStoreLE<std::int32_t>(out + kStyleAt, p.penStyle_);
+  kfStoreLE<std::int32_t>(out + kJoinAt, p.penJoin_);
+  kfStoreLE<std::int32_t>(out + kCapAt, p.penEndCap_);
   out[kArrowAt] = p.arrowHead_ ? 1 : 0;
   out[kForwardAt] = p.arrowHeadForward_ ? 1 : 0;
   out[kVertexAt] = p.showVertex_ ? 1 : 0;
@@ -173,14 +163,15 @@ long kcGraphicProps::opcode(kcGraphicProps* target, const unsigned char* bytes) 
   if (!target || !bytes) return 0;
   // bytes starts after the record code, so record offset k is bytes[k - 1].
   auto in = [bytes](int k) { return bytes + (k - 1); };
-  const long width = getLE32(in(kWidthAt));
+  const long width = kfLoadLE<std::int32_t>(in(kWidthAt));
   // Checked before anything is set, so a bad record changes nothing.
   checkWidth_(width);
+  // The flags are read as bytes, not as bool, so that any non-zero byte is true.
   target->fill(*in(kFillAt) != 0);
   target->penWidth(width);
-  target->penStyle(static_cast<kePenStyle>(getLE32(in(kStyleAt))));
-  target->penJoin(static_cast<kePenJoin>(getLE32(in(kJoinAt))));
-  target->penEndCap(static_cast<kePenEndCap>(getLE32(in(kCapAt))));
+  target->penStyle(static_cast<kePenStyle>(kfLoadLE<std::int32_t>(in(kStyleAt))));
+  target->penJoin(static_cast<kePenJoin>(kfLoadLE<std::int32_t>(in(kJoinAt))));
+  target->penEndCap(static_cast<kePenEndCap>(kfLoadLE<std::int32_t>(in(kCapAt))));
   target->arrowHead(*in(kArrowAt) != 0);
   target->arrowHeadForward(*in(kForwardAt) != 0);
   target->showVertex(*in(kVertexAt) != 0);

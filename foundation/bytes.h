@@ -17,6 +17,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -45,6 +46,8 @@ inline void kfStoreLE(std::uint8_t* p, T value) noexcept {
 // Reads a value stored by kfStoreLE at p.
 template <kcWireScalar T>
 [[nodiscard]] inline T kfLoadLE(const std::uint8_t* p) noexcept {
+  // Any other byte than 0 is true: copying it into a bool would not be.
+  if constexpr (std::is_same_v<T, bool>) return p[0] != 0;
   T value;
   std::memcpy(&value, p, sizeof(T));
   if constexpr (std::endian::native == std::endian::big) value = kcBytesDetail::byteSwapped(value);
@@ -145,7 +148,7 @@ class kcByteReader {
 
 // How lone surrogates in the text are treated when encoding.
 enum class keSurrogates {
-  keep,    // passed through as the code unit they are (archives round-trip them)
+  keep,    // passed through as the code unit they are
   refuse,  // the text cannot be encoded
 };
 

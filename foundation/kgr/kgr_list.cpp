@@ -1,11 +1,14 @@
 #include "foundation/kgr/kgr_list.h"
 
-#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
+#include <optional>
+#include <string>
+
+#include "foundation/bytes.h"
 
 namespace {
 
@@ -15,36 +18,20 @@ constexpr std::size_t kMinCapacity = 256;
 // and corner 1 + corner 3 agree to this fraction of the largest coordinate.
 constexpr double kParallelogramTol = 1e-9;
 
-// --- little-endian bytes ---
+// --- record fields ---
 
-void putU32(unsigned char* p, std::uint32_t v) {
-  for (int i = 0; i < 4; ++i) p[i] = static_cast<unsigned char>(v >> (8 * i));
-}
-void putU64(unsigned char* p, std::uint64_t v) {
-  for (int i = 0; i < 8; ++i) p[i] = static_cast<unsigned char>(v >> (8 * i));
-}
-void putI32(unsigned char* p, std::int32_t v) { putU32(p, static_cast<std::uint32_t>(v)); }
-void putF64(unsigned char* p, double v) { putU64(p, std::bit_cast<std::uint64_t>(v)); }
-void putF32(unsigned char* p, float v) { putU32(p, std::bit_cast<std::uint32_t>(v)); }
+// Every field goes through the byte codec at an offset the record layout fixes.
+void putF64(unsigned char* p, double v) { kfStoreLE(p, v); }
+double getF64(const unsigned char* p) { return kfLoadLE<double>(p); }
 void putPoint(unsigned char* p, kgr_point v) {
   putF64(p, v.x);
   putF64(p + 8, v.y);
 }
-
-std::uint32_t getU32(const unsigned char* p) {
-  std::uint32_t v = 0;
-  for (int i = 0; i < 4; ++i) v |= std::uint32_t{p[i]} << (8 * i);
-  return v;
-}
-std::uint64_t getU64(const unsigned char* p) {
-  std::uint64_t v = 0;
-  for (int i = 0; i < 8; ++i) v |= std::uint64_t{p[i]} << (8 * i);
-  return v;
-}
-std::int32_t getI32(const unsigned char* p) { return static_cast<std::int32_t>(getU32(p)); }
-double getF64(const unsigned char* p) { return std::bit_cast<double>(getU64(p)); }
-float getF32(const unsigned char* p) { return std::bit_cast<float>(getU32(p)); }
 kgr_point getPoint(const unsigned char* p) { return {getF64(p), getF64(p + 8)}; }
+// The element count of a variable record: a u64, or a u32 for text.
+std::uint64_t getCount(const unsigned char* p, std::size_t countBytes) {
+  return countBytes == 8 ? kfLoadLE<std::uint64_t>(p) : kfLoadLE<std::uint32_t>(p);
+}
 
 bool isFiniteValue(double v) { return std::isfinite(v); }
 bool isFiniteValue(kgr_point p) { return isFiniteValue(p.x) && isFiniteValue(p.y); }
@@ -87,8 +74,8 @@ unsigned char* beginRecord(kgr_list* list, std::uint32_t type, kgr_color color, 
     list->capacity = capacity;
   }
   unsigned char* p = list->records + list->size;
-  putU32(p, type);
-  putI32(p + 4, color);
+  kfStoreLE(p, type);
+  kfStoreLE<std::int32_t>(p + 4, color);
   return p + kKgrHeaderSize;
 }
 
@@ -111,14 +98,6 @@ long appendPoints(kgr_list* list, std::uint32_t type, kgr_color color, const kgr
   return KGR_OK;
 }
 
-// UTF-16 code units of one character, 0 when UTF-16 cannot carry it.
-int utf16Units(wchar_t c) {
-  const auto u = static_cast<std::uint32_t>(c);
-  if (u >= 0xD800 && u < 0xE000) return 0;
-  if (u < 0x10000) return 1;
-  return u <= 0x10FFFF ? 2 : 0;
-}
-
 // --- reading ---
 
 bool isPointType(std::uint32_t type) { return type == KGR_POINT || type > KGR_LINESEGSET; }
@@ -132,8 +111,7 @@ long checkRecord(const kgr_record* rec, bool typeMatches, std::size_t fixedSize)
 // The element count of a variable record, checked against its payload size.
 long variableCount(const kgr_record* rec, std::size_t countOffset, std::size_t countBytes,
                    std::size_t fixedSize, std::size_t elementSize, std::size_t* count) {
-  const std::uint64_t n =
-      countBytes == 8 ? getU64(rec->payload + countOffset) : getU32(rec->payload + countOffset);
+  const std::uint64_t n = getCount(rec->payload + countOffset, countBytes);
   if (n > (rec->payloadSize - fixedSize) / elementSize || fixedSize + n * elementSize != rec->payloadSize)
     return KGR_ERR_CORRUPT;
   *count = static_cast<std::size_t>(n);
@@ -229,8 +207,8 @@ long kgr_list_appendGenRect(kgr_list* list, kgr_color color, const kgr_xform* xf
   unsigned char* p = beginRecord(list, KGR_GENRECT, color, kKgrGenRectSize, &code);
   if (!p) return code;
   putXform(p, *xform);
-  putF32(p + 48, static_cast<float>(roundX));
-  putF32(p + 52, static_cast<float>(roundY));
+  kfStoreLE(p + 48, static_cast<float>(roundX));
+  kfStoreLE(p + 52, static_cast<float>(roundY));
   commitRecord(list, kKgrGenRectSize);
   return KGR_OK;
 }
@@ -284,7 +262,7 @@ long kgr_list_appendPolyline(kgr_list* list, kgr_color color, long count,
   long code = KGR_OK;
   unsigned char* p = beginRecord(list, KGR_POLYLINE, color, payloadSize, &code);
   if (!p) return code;
-  putU64(p, n);
+  kfStoreLE<std::uint64_t>(p, n);
   for (std::size_t i = 0; i < n; ++i) putPoint(p + 8 + 16 * i, vertices[i]);
   commitRecord(list, payloadSize);
   return KGR_OK;
@@ -316,38 +294,26 @@ long kgr_list_appendTextEx(kgr_list* list, kgr_color color, const wchar_t* text,
   if (!isFiniteValue(location) || !isFiniteValue(offset)) return KGR_ERR_NOT_FINITE;
   const auto chars = static_cast<std::size_t>(length);
   if (chars > kKgrMaxBytes / 4) return KGR_ERR_TOO_LARGE;
-  std::size_t units = 0;
-  for (std::size_t i = 0; i < chars; ++i) {
-    const int u = utf16Units(text[i]);
-    if (u == 0) return KGR_ERR_BAD_TEXT;
-    units += static_cast<std::size_t>(u);
+  // Record text holds no lone surrogates, so every record reads back as the
+  // text that was appended.
+  std::optional<std::u16string> units;
+  try {
+    units = kfToUtf16({text, chars}, keSurrogates::refuse);
+  } catch (const std::bad_alloc&) {
+    return KGR_ERR_NO_MEMORY;
   }
-  const std::size_t payloadSize = kKgrTextFixedSize + 2 * units;
+  if (!units) return KGR_ERR_BAD_TEXT;
+  const std::size_t payloadSize = kKgrTextFixedSize + 2 * units->size();
   long code = KGR_OK;
   unsigned char* p = beginRecord(list, KGR_TEXT, color, payloadSize, &code);
   if (!p) return code;
   putPoint(p, location);
   putPoint(p + 16, offset);
-  putI32(p + 32, background);
-  putI32(p + 36, format.fontId);
-  putI32(p + 40, format.alignment);
-  putU32(p + 44, static_cast<std::uint32_t>(units));
-  unsigned char* out = p + kKgrTextFixedSize;
-  auto putUnit = [&out](std::uint32_t u) {
-    out[0] = static_cast<unsigned char>(u);
-    out[1] = static_cast<unsigned char>(u >> 8);
-    out += 2;
-  };
-  for (std::size_t i = 0; i < chars; ++i) {
-    auto u = static_cast<std::uint32_t>(text[i]);
-    if (u < 0x10000) {
-      putUnit(u);
-    } else {
-      u -= 0x10000;
-      putUnit(0xD800 | (u >> 10));
-      putUnit(0xDC00 | (u & 0x3FF));
-    }
-  }
+  kfStoreLE<std::int32_t>(p + 32, background);
+  kfStoreLE(p + 36, format.fontId);
+  kfStoreLE(p + 40, format.alignment);
+  kfStoreLE(p + 44, static_cast<std::uint32_t>(units->size()));
+  for (std::size_t i = 0; i < units->size(); ++i) kfStoreLE(p + kKgrTextFixedSize + 2 * i, (*units)[i]);
   commitRecord(list, payloadSize);
   return KGR_OK;
 }
@@ -365,7 +331,7 @@ long kgr_list_appendLineSegSet(kgr_list* list, kgr_color color, long count,
   long code = KGR_OK;
   unsigned char* p = beginRecord(list, KGR_LINESEGSET, color, payloadSize, &code);
   if (!p) return code;
-  putU64(p, n);
+  kfStoreLE<std::uint64_t>(p, n);
   for (std::size_t i = 0; i < n; ++i) {
     putPoint(p + 8 + 32 * i, segments[i].p1);
     putPoint(p + 24 + 32 * i, segments[i].p2);
@@ -382,7 +348,7 @@ long kgr_list_readRecord(const kgr_list* list, std::size_t* offset, kgr_record* 
   const std::size_t remaining = list->size - *offset;
   if (remaining < kKgrHeaderSize) return KGR_ERR_CORRUPT;
   const unsigned char* p = list->records + *offset;
-  const std::uint32_t type = getU32(p);
+  const auto type = kfLoadLE<std::uint32_t>(p);
   const unsigned char* payload = p + kKgrHeaderSize;
   const std::size_t rest = remaining - kKgrHeaderSize;
 
@@ -392,7 +358,7 @@ long kgr_list_readRecord(const kgr_list* list, std::size_t* offset, kgr_record* 
   auto variable = [&](std::size_t countOffset, std::size_t countBytes, std::size_t fixed,
                       std::size_t element) -> bool {
     if (rest < fixed) return false;
-    const std::uint64_t n = countBytes == 8 ? getU64(payload + countOffset) : getU32(payload + countOffset);
+    const std::uint64_t n = getCount(payload + countOffset, countBytes);
     if (n > (rest - fixed) / element) return false;
     size = fixed + static_cast<std::size_t>(n) * element;
     return true;
@@ -434,7 +400,7 @@ long kgr_list_readRecord(const kgr_list* list, std::size_t* offset, kgr_record* 
       break;
   }
   if (!fits || size > rest) return KGR_ERR_CORRUPT;
-  *out = kgr_record{type, getI32(p + 4), payload, size};
+  *out = kgr_record{type, kfLoadLE<std::int32_t>(p + 4), payload, size};
   *offset += kKgrHeaderSize + size;
   return KGR_OK;
 }
@@ -492,7 +458,7 @@ long kgr_record_genRect(const kgr_record* rec, kgr_xform* xform, double* roundX,
   if (!rec || !xform || !roundX || !roundY) return KGR_ERR_NULL;
   if (long code = checkRecord(rec, rec->type == KGR_GENRECT, kKgrGenRectSize); code != KGR_OK) return code;
   const kgr_xform x = getXform(rec->payload);
-  const double rx = getF32(rec->payload + 48), ry = getF32(rec->payload + 52);
+  const double rx = kfLoadLE<float>(rec->payload + 48), ry = kfLoadLE<float>(rec->payload + 52);
   // The comparisons are false for NaN as well.
   if (!isFiniteValue(x) || !(rx >= 0 && rx <= 1) || !(ry >= 0 && ry <= 1)) return KGR_ERR_CORRUPT;
   *xform = x;
@@ -583,29 +549,19 @@ long kgr_record_text(const kgr_record* rec, kgr_text* out) noexcept {
   const kgr_point location = getPoint(p), offset = getPoint(p + 16);
   if (!isFiniteValue(location) || !isFiniteValue(offset)) return KGR_ERR_CORRUPT;
   try {
-    std::wstring text;
-    text.reserve(n);
-    const unsigned char* units = p + kKgrTextFixedSize;
-    auto unit = [units](std::size_t i) {
-      return std::uint32_t{units[2 * i]} | std::uint32_t{units[2 * i + 1]} << 8;
-    };
-    for (std::size_t i = 0; i < n; ++i) {
-      std::uint32_t u = unit(i);
-      // A surrogate pair is one character where wchar_t can hold it; a lone
-      // surrogate comes back as the unit it was, as archives treat it.
-      if (sizeof(wchar_t) >= 4 && u >= 0xD800 && u < 0xDC00 && i + 1 < n && unit(i + 1) >= 0xDC00 &&
-          unit(i + 1) < 0xE000)
-        u = 0x10000 + ((u - 0xD800) << 10) + (unit(++i) - 0xDC00);
-      text.push_back(static_cast<wchar_t>(u));
-    }
-    out->text = std::move(text);
+    // A surrogate pair becomes one character where wchar_t can hold it; a
+    // lone surrogate (only a hand-made record has one) comes back as the unit
+    // it was, as archives treat it.
+    std::u16string units(n, u'\0');
+    for (std::size_t i = 0; i < n; ++i) units[i] = kfLoadLE<char16_t>(p + kKgrTextFixedSize + 2 * i);
+    out->text = kfFromUtf16(units);
   } catch (const std::bad_alloc&) {
     return KGR_ERR_NO_MEMORY;
   }
   out->location = location;
   out->offset = offset;
-  out->background = getI32(p + 32);
-  out->format = kgr_textFormat{getI32(p + 36), getI32(p + 40)};
+  out->background = kfLoadLE<std::int32_t>(p + 32);
+  out->format = kgr_textFormat{kfLoadLE<std::int32_t>(p + 36), kfLoadLE<std::int32_t>(p + 40)};
   return KGR_OK;
 }
 
@@ -635,7 +591,7 @@ long kgr_list_fromBytes(const void* data, std::size_t n, kgr_list** out) noexcep
   const auto* bytes = static_cast<const unsigned char*>(data);
   if (n - 4 > kKgrMaxBytes) return KGR_ERR_TOO_LARGE;
   // Validate the bytes where they lie; allocate only for a list that reads.
-  const kgr_list view{getI32(bytes), const_cast<unsigned char*>(bytes + 4), n - 4, 0};
+  const kgr_list view{kfLoadLE<std::int32_t>(bytes), const_cast<unsigned char*>(bytes + 4), n - 4, 0};
   if (long code = kgr_list_validate(&view); code != KGR_OK) return code;
   kgr_list* list = kgr_list_create();
   if (!list) return KGR_ERR_NO_MEMORY;
@@ -660,7 +616,7 @@ long kgr_list_toBytes(const kgr_list* list, void* out, std::size_t capacity) noe
   if (capacity < kgr_list_byteSize(list)) return KGR_ERR_BAD_COUNT;
   if (!list->records && list->size > 0) return KGR_ERR_CORRUPT;
   auto* bytes = static_cast<unsigned char*>(out);
-  putI32(bytes, list->count);
+  kfStoreLE(bytes, list->count);
   if (list->size > 0) std::memcpy(bytes + 4, list->records, list->size);
   return KGR_OK;
 }
