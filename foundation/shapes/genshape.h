@@ -15,13 +15,21 @@
 // Cycles: a general shape may not hold itself, directly or through trees and
 // other general shapes (BadParams; see kcShapeTree::contains).
 //
+// Depth: general shapes and trees nest to any depth, and every operation
+// walks the nesting without recursion (see kcShapeTree): a chain of general
+// shapes answers as the shape at its end, however long.
+//
 // Archive form: version byte 0, then the held shape through the handle
-// operator (tag 0 for none).
+// operator (tag 0 for none). Nesting is bounded as for kcShapeTree: loading
+// refuses trees and general shapes nested deeper than
+// kcShapeTree::kMaxLoadDepth (kcArchive::Corrupt), and storing checks the
+// nesting before it writes anything and throws kcArchive::ValueOutOfRange
+// rather than write what loading would refuse.
 #pragma once
 
 #include "foundation/shapes/shape.h"
 
-class kcGenShape : public kcShape {
+class kcGenShape final : public kcShape {
  public:
   KC_DECLARE_PERSISTENT(kcGenShape);
 
@@ -31,6 +39,14 @@ class kcGenShape : public kcShape {
   explicit kcGenShape(kcShapePtr shape);
   // Holds a clone of shape.
   explicit kcGenShape(const kcShape& shape);
+  kcGenShape(const kcGenShape&) = default;
+  kcGenShape(kcGenShape&&) = default;
+  // Take the other's shape (BadParams, leaving this one unchanged, when that
+  // shape contains this general shape).
+  kcGenShape& operator=(const kcGenShape& other);
+  kcGenShape& operator=(kcGenShape&& other);
+  // Frees a chain of general shapes and trees held only here link by link.
+  ~kcGenShape() override;
 
   [[nodiscard]] const kcShapePtr& shape() const noexcept { return shape_; }
   // BadParams when shape contains this general shape.
@@ -66,6 +82,8 @@ class kcGenShape : public kcShape {
   void serialize_(kcArchive& ar, unsigned char version);
 
  private:
+  friend class kcShapeNesting_;
+
   static constexpr unsigned char kVersion = 0;
 
   kcShapePtr shape_;

@@ -1,7 +1,10 @@
 #include "foundation/shapes/shapetree.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
+#include <exception>
+#include <functional>
 #include <string>
 
 #include "foundation/shapes/bezier.h"
@@ -39,6 +42,41 @@ Bytes nestedTrees(int depth) {
   return b;
 }
 
+// Runs f on a thread with a small stack and waits for it; f's exception is
+// rethrown here. Walks that recurse once per level of nesting overflow it.
+void onSmallStack(const std::function<void()>& f) {
+  constexpr std::size_t kStack = std::size_t{1} << 20;
+  struct Job {
+    const std::function<void()>* f;
+    std::exception_ptr error;
+  } job{&f, nullptr};
+  pthread_attr_t attr;
+  ASSERT_EQ(pthread_attr_init(&attr), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&attr, kStack), 0);
+  pthread_t thread;
+  auto run = [](void* arg) -> void* {
+    auto* j = static_cast<Job*>(arg);
+    try {
+      (*j->f)();
+    } catch (...) {
+      j->error = std::current_exception();
+    }
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, &attr, run, &job), 0);
+  pthread_attr_destroy(&attr);
+  ASSERT_EQ(pthread_join(thread, nullptr), 0);
+  if (job.error) std::rethrow_exception(job.error);
+}
+
+// depth trees and general shapes, alternately, around inner; the outermost is a tree.
+kcShapePtr nest(kcShapePtr inner, int depth) {
+  for (int i = depth; i > 0; --i)
+    inner = i % 2 ? kcShapePtr(kfMakeHandle<kcShapeTree>(std::vector<kcShapePtr>{inner}))
+                  : kcShapePtr(kfMakeHandle<kcGenShape>(inner));
+  return inner;
+}
+
 TEST(ShapeTree, ChildrenAreNeverNull) {
   EXPECT_THROW(kcShapeTree({circle(), kcShapePtr()}), kcShapesError::BadParams);
   kcShapeTree t({circle(), segment()});
@@ -67,6 +105,12 @@ TEST(ShapeTree, RefusesToContainItself) {
   EXPECT_FALSE(kcShapeTree::contains(*b, *a));
   // The same child twice is sharing, not a cycle.
   EXPECT_NO_THROW(b->append(b->child(0)));
+  // Assignment takes the other's parts through the same check.
+  EXPECT_THROW(*b = kcShapeTree({segment(), a}), kcShapesError::BadParams);
+  EXPECT_THROW(*b = kcShapeTree({g}), kcShapesError::BadParams);
+  EXPECT_EQ(b->numChildren(), 2);
+  EXPECT_THROW(*g = kcGenShape(kcShapePtr(outer)), kcShapesError::BadParams);
+  EXPECT_EQ(g->shape(), kcShapePtr(a));
 }
 
 TEST(ShapeTree, SamplesPiecesAndImagesFollowTheChildren) {
@@ -125,6 +169,140 @@ TEST(ShapeTree, LoadingBoundsTheNesting) {
   EXPECT_THROW((void)loadByHandle(nestedTrees(200000)), kcArchive::Corrupt);
   // The count of a refused load is released: a normal load works afterwards.
   EXPECT_NO_THROW((void)loadByHandle(nestedTrees(kcShapeTree::kMaxLoadDepth)));
+}
+
+// Far deeper than the stack of a small thread would take if any of these
+// walks recursed once per level.
+TEST(ShapeTree, DeepNestingIsWalkedWithoutRecursion) {
+  constexpr int kDepth = 8000;
+  onSmallStack([] {
+    kcShapePtr seg = segment();
+    auto bottom = kfMakeHandle<kcShapeTree>(std::vector<kcShapePtr>{seg});
+    kcShapePtr top = nest(bottom, kDepth);
+    EXPECT_TRUE(kcShapeTree::contains(*top, *seg));
+    EXPECT_THROW(bottom->append(top), kcShapesError::BadParams);
+    EXPECT_EQ(bottom->numChildren(), 1);
+    // Queries answer as for the segment alone.
+    EXPECT_FALSE(top->isEmpty());
+    EXPECT_TRUE(top->isFinite());
+    EXPECT_EQ(top->encloseRect(), seg->encloseRect());
+    EXPECT_EQ(top->nearestPoint(V(6, 3)), V(6, 0));
+    EXPECT_EQ(top->distanceToPoint(V(6, 3)), 3.0);
+    EXPECT_EQ(samples(*top, 0.5), samples(*seg, 0.5));
+    std::vector<kcShapePtr> pieces = top->decompose();
+    ASSERT_EQ(pieces.size(), 1u);
+    EXPECT_TRUE(*pieces[0] == *seg);
+    // Copies and images keep the nesting, and compare equal (or not) level by level.
+    kcShapePtr copy = top->clone();
+    EXPECT_TRUE(*copy == *top);
+    EXPECT_FALSE(kcShapeTree::contains(*copy, *seg));
+    kcShapePtr moved = top->mapShape(kcXform<2>::translation(V(0, 1)));
+    EXPECT_FALSE(*moved == *top);
+    EXPECT_EQ(moved->nearestPoint(V(6, 3)), V(6, 1));
+    EXPECT_TRUE(*moved == *nest(kfMakeHandle<kcShapeTree>(
+                                    std::vector<kcShapePtr>{kfMakeHandle<kcLineSeg>(V(5, 1), V(7, 1))}),
+                                kDepth));
+    // A chain of general shapes alone answers as the shape at its end.
+    kcShapePtr gens = kfMakeHandle<kcGenShape>(curve());
+    for (int i = 1; i < kDepth; ++i) gens = kfMakeHandle<kcGenShape>(gens);
+    EXPECT_TRUE(gens->isOpenContour());
+    EXPECT_EQ(gens->startPoint(), V(0, 4));
+    EXPECT_EQ(gens->reverse()->startPoint(), V(4, 4));
+    EXPECT_THROW((void)gens->within(V(2, 5)), kcShapesError::NotRegion);
+    kcShapePtr disc = kfMakeHandle<kcGenShape>(circle());
+    for (int i = 1; i < kDepth; ++i) disc = kfMakeHandle<kcGenShape>(disc);
+    EXPECT_TRUE(disc->within(V(0.5, 0)));
+    EXPECT_EQ(disc->boundingBox(), circle()->boundingBox());
+    // Storing refuses the nesting at once, instead of writing it level by level.
+    kcMemArchive ar;
+    EXPECT_THROW(ar || top, kcArchive::ValueOutOfRange);
+    EXPECT_TRUE(ar.bytes().empty());
+    // Destruction: the last handles go while still on the small stack.
+    top = moved = copy = gens = disc = kcShapePtr();
+    EXPECT_EQ(bottom->refCount(), 1);
+  });
+}
+
+TEST(ShapeTree, StoresOnlyWhatLoadingAccepts) {
+  // Exactly at the limit: stored, and loaded back equal.
+  kcShapePtr deepest = nest(circle(), kcShapeTree::kMaxLoadDepth);
+  Bytes bytes;
+  {
+    kcMemArchive ar;
+    ar || deepest;
+    bytes = ar.bytes();
+  }
+  kcShapePtr back = loadByHandle(bytes);
+  ASSERT_TRUE(back);
+  EXPECT_TRUE(*back == *deepest);
+  // The form is the one loading was always given.
+  kcShapePtr trees = kfMakeHandle<kcShapeTree>();
+  for (int i = 1; i < kcShapeTree::kMaxLoadDepth; ++i)
+    trees = kfMakeHandle<kcShapeTree>(std::vector<kcShapePtr>{trees});
+  EXPECT_EQ(storeByHandle(*trees), nestedTrees(kcShapeTree::kMaxLoadDepth));
+  // One more level, by handle or as a value: refused before anything is
+  // written, so the archive holds what it held.
+  for (kcShapePtr tooDeep : {nest(circle(), kcShapeTree::kMaxLoadDepth + 1),
+                             kcShapePtr(kfMakeHandle<kcGenShape>(deepest)), nest(deepest, 3)}) {
+    kcMemArchive ar;
+    int first = 7;
+    ar || first;
+    const Bytes before = ar.bytes();
+    EXPECT_THROW(ar || tooDeep, kcArchive::ValueOutOfRange);
+    EXPECT_EQ(ar.bytes(), before);
+    auto* tree = dynamic_cast<kcShapeTree*>(tooDeep.get());
+    if (tree) {
+      EXPECT_THROW(ar || *tree, kcArchive::ValueOutOfRange);
+      EXPECT_EQ(ar.bytes(), before);
+    }
+    // The refused store leaves no nesting open behind: the deepest tree
+    // that fits still stores after it.
+    EXPECT_NO_THROW(ar || deepest);
+  }
+  // A part written once already goes again as a back-reference, which adds
+  // no nesting, however deep it is held the second time.
+  kcShapePtr shared = nest(circle(), kcShapeTree::kMaxLoadDepth - 1);
+  kcShapePtr twice = kfMakeHandle<kcShapeTree>(std::vector<kcShapePtr>{shared, nest(shared, 3)});
+  auto loaded = kfDynamicCast<kcShapeTree>(loadByHandle(storeByHandle(*twice)));
+  ASSERT_TRUE(loaded);
+  EXPECT_TRUE(*loaded == *twice);
+  EXPECT_TRUE(kcShapeTree::contains(*loaded->child(1), *loaded->child(0)));
+}
+
+// A shape of another kind holding a shape, as a library built on this one may
+// define; it stores the held shape as its whole body.
+class Holder final : public kcShape {
+ public:
+  explicit Holder(kcShapePtr held) : held_(std::move(held)) {}
+  const char* className() const override { return "Holder"; }
+  kcShapePtr clone() const override { return kfMakeHandle<Holder>(held_); }
+  kcShapePtr mapShape(const kcXform<2>&) const override { return clone(); }
+  kcRect encloseRect() const override { return held_->encloseRect(); }
+  V nearestPoint(const V& p) const override { return held_->nearestPoint(p); }
+  void sample(double spacing, std::vector<V>& out) const override { held_->sample(spacing, out); }
+  void dispatchSerialize(kcArchive& ar) override { ar || held_; }
+
+ protected:
+  bool equal_(const kcShape&) const override { return false; }
+
+ private:
+  kcShapePtr held_;
+};
+
+TEST(ShapeTree, StoringCountsTheNestingAlreadyOpen) {
+  // The outer tree cannot see through the holder; the inner nesting is
+  // checked when it starts, with the outer tree's level counted.
+  for (int inner : {kcShapeTree::kMaxLoadDepth - 1, kcShapeTree::kMaxLoadDepth}) {
+    SCOPED_TRACE(inner);
+    kcShapeTree root({kcShapePtr(kfMakeHandle<Holder>(nest(circle(), inner)))});
+    kcMemArchive ar;
+    if (inner < kcShapeTree::kMaxLoadDepth) {
+      EXPECT_NO_THROW(ar || root);
+    } else {
+      EXPECT_THROW(ar || root, kcArchive::ValueOutOfRange);
+      EXPECT_TRUE(ar.bytes().empty());
+    }
+  }
 }
 
 }  // namespace
