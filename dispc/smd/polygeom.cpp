@@ -5,6 +5,8 @@ template <class... F>
 struct Overloaded : F... {
   using F::operator()...;
 };
+template <class... F>
+Overloaded(F...) -> Overloaded<F...>;
 }  // namespace
 
 // Arcs carry the line-arc and arc-arc cases, so a line meeting an arc asks the arc.

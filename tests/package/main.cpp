@@ -1,11 +1,18 @@
 // Stores a value and an exception object through the installed library and
-// reads them back; exits 0 only when both come back equal.
+// reads them back; exits 0 only when both come back equal and the loaded
+// library is the version the package metadata (CMake config or pkg-config
+// file) claims.
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "dispc/dispc.h"
 #include "foundation/foundation.h"
+
+#ifndef DISPC_EXPECTED_VERSION
+#error "build with -DDISPC_EXPECTED_VERSION=\"<version the package claims>\""
+#endif
 
 int main() {
   std::vector<double> values{1.5, -2.25, 1e300};
@@ -21,6 +28,11 @@ int main() {
 
   if (valuesBack != values || errorBack.text() != error.text() || !in.atEnd()) {
     std::fprintf(stderr, "package test: the archive did not round-trip\n");
+    return 1;
+  }
+  if (std::strcmp(kfDispcVersion(), DISPC_EXPECTED_VERSION) != 0) {
+    std::fprintf(stderr, "package test: library version %s, package says %s\n", kfDispcVersion(),
+                 DISPC_EXPECTED_VERSION);
     return 1;
   }
   std::printf("dispc %s: %zu archive bytes round-tripped\n", kfDispcVersion(), out.bytes().size());
