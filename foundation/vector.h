@@ -84,8 +84,7 @@ class kcVector<2> {
 // compiled where the archive is complete: points are the bulk of most stored
 // geometry, and this lets the transfer inline into the caller's loop.
 template <class Archive>
-  requires std::derived_from<Archive, kcArchive>
-Archive& operator||(Archive& ar, kcVector<2>& v) {
+requires std::derived_from<Archive, kcArchive> Archive& operator||(Archive& ar, kcVector<2>& v) {
   double xy[2] = {v.x(), v.y()};
   if (ar.isStoring()) {
     // Two stores straight from the coordinates: copying the pair through

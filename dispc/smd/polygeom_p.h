@@ -13,7 +13,7 @@
 
 using kcSMDPiece_ = std::variant<kc2SegmentLine, kc2SegmentArc>;
 
-// Part 3.1's intersection of two pieces, whichever their kinds.
+// The segment intersection of two pieces, whichever their kinds.
 [[nodiscard]] std::vector<kcVector<2>> kfPieceIntersection_(const kcSMDPiece_& a, const kcSMDPiece_& b,
                                                             bool flag);
 [[nodiscard]] std::vector<kcVector<2>> kfPieceIntersection_(const kcSMDPiece_& a, const kcFLine& line);

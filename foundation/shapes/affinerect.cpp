@@ -57,7 +57,9 @@ kcAffineRectangle kcAffineRectangle::map(const kcXform<2>& x) const { return kcA
 
 kcShapePtr kcAffineRectangle::clone() const { return kfMakeHandle<kcAffineRectangle>(*this); }
 
-kcShapePtr kcAffineRectangle::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcAffineRectangle>(map(x)); }
+kcShapePtr kcAffineRectangle::mapShape(const kcXform<2>& x) const {
+  return kfMakeHandle<kcAffineRectangle>(map(x));
+}
 
 // --- measures ---
 

@@ -82,7 +82,9 @@ kcDeBoorSpline kcDeBoorSpline::map(const kcXform<2>& x) const {
 
 kcShapePtr kcDeBoorSpline::clone() const { return kfMakeHandle<kcDeBoorSpline>(*this); }
 
-kcShapePtr kcDeBoorSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcDeBoorSpline>(map(x)); }
+kcShapePtr kcDeBoorSpline::mapShape(const kcXform<2>& x) const {
+  return kfMakeHandle<kcDeBoorSpline>(map(x));
+}
 
 // The clamped uniform knots are symmetric, so the reversed points give the
 // same curve travelled backwards.

@@ -44,7 +44,9 @@ kcEllipseAnnulus kcEllipseAnnulus::map(const kcXform<2>& x) const {
 
 kcShapePtr kcEllipseAnnulus::clone() const { return kfMakeHandle<kcEllipseAnnulus>(*this); }
 
-kcShapePtr kcEllipseAnnulus::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcEllipseAnnulus>(map(x)); }
+kcShapePtr kcEllipseAnnulus::mapShape(const kcXform<2>& x) const {
+  return kfMakeHandle<kcEllipseAnnulus>(map(x));
+}
 
 std::vector<kcShapePtr> kcEllipseAnnulus::decompose() const {
   return {kfMakeHandle<kcEllipse2>(outer_), kfMakeHandle<kcEllipse2>(inner())};

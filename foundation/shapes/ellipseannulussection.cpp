@@ -73,9 +73,11 @@ kcShapePtr kcEllipseAnnulusSection::mapShape(const kcXform<2>& x) const {
 std::vector<kcShapePtr> kcEllipseAnnulusSection::decompose() const {
   kcEllipseArc2 outer = outerArc();
   kcEllipseArc2 inner = innerArc();
-  if (isFullTurn()) return {kfMakeHandle<kcEllipseArc2>(outer), kfMakeHandle<kcEllipseArc2>(inner.reversed())};
+  if (isFullTurn())
+    return {kfMakeHandle<kcEllipseArc2>(outer), kfMakeHandle<kcEllipseArc2>(inner.reversed())};
   return {kfMakeHandle<kcEllipseArc2>(outer), kfMakeHandle<kcLineSeg>(outer.endPoint(), inner.endPoint()),
-          kfMakeHandle<kcEllipseArc2>(inner.reversed()), kfMakeHandle<kcLineSeg>(inner.startPoint(), outer.startPoint())};
+          kfMakeHandle<kcEllipseArc2>(inner.reversed()),
+          kfMakeHandle<kcLineSeg>(inner.startPoint(), outer.startPoint())};
 }
 
 // --- measures ---

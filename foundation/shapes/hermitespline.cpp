@@ -52,7 +52,9 @@ kcHermiteSpline kcHermiteSpline::map(const kcXform<2>& x) const {
 
 kcShapePtr kcHermiteSpline::clone() const { return kfMakeHandle<kcHermiteSpline>(*this); }
 
-kcShapePtr kcHermiteSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcHermiteSpline>(map(x)); }
+kcShapePtr kcHermiteSpline::mapShape(const kcXform<2>& x) const {
+  return kfMakeHandle<kcHermiteSpline>(map(x));
+}
 
 kcShapePtr kcHermiteSpline::reverse() const {
   std::vector<kcVector<2>> points(points_.rbegin(), points_.rend());

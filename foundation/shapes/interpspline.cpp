@@ -71,7 +71,9 @@ kcInterpSpline kcInterpSpline::map(const kcXform<2>& x) const {
 
 kcShapePtr kcInterpSpline::clone() const { return kfMakeHandle<kcInterpSpline>(*this); }
 
-kcShapePtr kcInterpSpline::mapShape(const kcXform<2>& x) const { return kfMakeHandle<kcInterpSpline>(map(x)); }
+kcShapePtr kcInterpSpline::mapShape(const kcXform<2>& x) const {
+  return kfMakeHandle<kcInterpSpline>(map(x));
+}
 
 // Uniform parameters and natural ends are symmetric under reversal.
 kcShapePtr kcInterpSpline::reverse() const {

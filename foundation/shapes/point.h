@@ -29,8 +29,12 @@ class kcPointShape_ : public kcShape {
   [[nodiscard]] Derived map(const kcXform<2>& x) const { return Derived(x * point_); }
 
   // --- kcShape ---
-  [[nodiscard]] kcShapePtr clone() const override { return kfMakeHandle<Derived>(static_cast<const Derived&>(*this)); }
-  [[nodiscard]] kcShapePtr mapShape(const kcXform<2>& x) const override { return kfMakeHandle<Derived>(map(x)); }
+  [[nodiscard]] kcShapePtr clone() const override {
+    return kfMakeHandle<Derived>(static_cast<const Derived&>(*this));
+  }
+  [[nodiscard]] kcShapePtr mapShape(const kcXform<2>& x) const override {
+    return kfMakeHandle<Derived>(map(x));
+  }
   [[nodiscard]] kcRect encloseRect() const override { return kcRect(point_, kcVector<2>()); }
   [[nodiscard]] kcVector<2> nearestPoint(const kcVector<2>&) const override { return point_; }
   [[nodiscard]] double distanceToPoint(const kcVector<2>& p) const override { return point_.distance(p); }
