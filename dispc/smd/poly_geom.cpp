@@ -188,41 +188,28 @@ void kcSMDGDPoly::checkExtensions_(kcSMDGDPoly& other, double distance, const kc
   const int m = static_cast<int>(other.vertices_.size());
   for (int s = 0; s < n; ++s) {
     if (!segmentExists_(s)) continue;
-    const bool arc = isArcSegment_(s);
     for (bool forward : {true, false}) {
-      double percent = forward ? forwardPercExtension_(s) : backwardPercExtension_(s);
-      if (percent <= 0.0) continue;
-      const double before = percent;
+      const double before = forward ? forwardPercExtension_(s) : backwardPercExtension_(s);
+      if (before <= 0.0) continue;
+      const kcSMDPiece_ whole = !isArcSegment_(s)
+                                    ? kcSMDPiece_(forward ? P::forwardLineSegmentExtension_(*this, s)
+                                                          : P::backwardLineSegmentExtension_(*this, s))
+                                    : kcSMDPiece_(forward ? P::forwardArcSegmentExtension_(*this, s)
+                                                          : P::backwardArcSegmentExtension_(*this, s));
+      double percent = before;
       for (int k = 0; k < m && percent > 0.0; ++k) {
         if (!other.segmentExists_(k)) continue;
-        const kcSMDPiece_ target = kfSegmentPiece_(other, k);
-        // The piece for the percentage as it stands now.
-        if (arc) {
-          const kc2SegmentArc piece =
-              forward ? P::forwardArcSegmentExtension_(*this, s) : P::backwardArcSegmentExtension_(*this, s);
-          const double full = forward ? forwardPercExtension_(s) : backwardPercExtension_(s);
-          const kc2SegmentArc now(piece.center_(), piece.radius_(), piece.startAngle_(),
-                                  kcDegree(piece.angleSpan_().toDouble() * percent / full));
-          std::visit(
-              [&](const auto& t) { P::checkSegmentExtension_(percent, now, t, distance, angle, true); },
-              target);
-        } else {
-          const kc2SegmentLine piece = forward ? P::forwardLineSegmentExtension_(*this, s)
-                                               : P::backwardLineSegmentExtension_(*this, s);
-          const double full = forward ? forwardPercExtension_(s) : backwardPercExtension_(s);
-          const kc2SegmentLine now(piece.p1(), piece.segPoint(percent / full));
-          std::visit(
-              [&](const auto& t) { P::checkSegmentExtension_(percent, now, t, distance, angle, true); },
-              target);
-        }
+        // The piece for the percentage as it stands now, against segment k.
+        std::visit([&](const auto& e,
+                       const auto& t) { P::checkSegmentExtension_(percent, e, t, distance, angle, true); },
+                   kfPiecePart_(whole, percent / before), kfSegmentPiece_(other, k));
       }
       if (percent < minPercent) percent = 0.0;
-      if (percent != before) {
-        if (forward)
-          forwardPercExtension_(s, percent);
-        else
-          backwardPercExtension_(s, percent);
-      }
+      if (percent == before) continue;
+      if (forward)
+        forwardPercExtension_(s, percent);
+      else
+        backwardPercExtension_(s, percent);
     }
   }
   if (both) other.checkExtensions_(*this, distance, angle, minPercent, false);

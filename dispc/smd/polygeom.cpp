@@ -68,3 +68,16 @@ kcRect kfPieceBox_(const kcSMDPiece_& piece, const kcXform<2>& xform) {
                  }},
       piece);
 }
+
+kc2SegmentLine kfPiecePart_(const kc2SegmentLine& piece, double f) {
+  return kc2SegmentLine(piece.p1(), piece.segPoint(f));
+}
+
+kc2SegmentArc kfPiecePart_(const kc2SegmentArc& piece, double f) {
+  return kc2SegmentArc(piece.center_(), piece.radius_(), piece.startAngle_(),
+                       kcDegree(piece.angleSpan_().toDouble() * f));
+}
+
+kcSMDPiece_ kfPiecePart_(const kcSMDPiece_& piece, double f) {
+  return std::visit([&](const auto& x) -> kcSMDPiece_ { return kfPiecePart_(x, f); }, piece);
+}

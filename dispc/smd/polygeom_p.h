@@ -28,6 +28,11 @@ using kcSMDPiece_ = std::variant<kc2SegmentLine, kc2SegmentArc>;
 // The tight box; for a mapped piece, of the mapped piece.
 [[nodiscard]] kcRect kfPieceBox_(const kcSMDPiece_& piece, const kcXform<2>& xform);
 [[nodiscard]] kcSMDPiece_ kfMapPiece_(const kcXform<2>& xform, const kcSMDPiece_& piece);
+// The piece from its start over the fraction f of it (a line cut short, an
+// arc of the same circle with f of the sweep).
+[[nodiscard]] kc2SegmentLine kfPiecePart_(const kc2SegmentLine& piece, double f);
+[[nodiscard]] kc2SegmentArc kfPiecePart_(const kc2SegmentArc& piece, double f);
+[[nodiscard]] kcSMDPiece_ kfPiecePart_(const kcSMDPiece_& piece, double f);
 
 class kcSMDGDPoly;
 // Segment s of a poly as a piece: whole, or trimmed by the roundings at its ends.

@@ -232,13 +232,6 @@ double kcSMDGDPolyPrivate::safestDirection_(std::vector<double> ends, double fro
 // --- extensions ---
 
 namespace {
-// The part of an extension piece from where it leaves its segment, over the
-// fraction f of it.
-kc2SegmentLine part(const kc2SegmentLine& e, double f) { return kc2SegmentLine(e.p1(), e.segPoint(f)); }
-kc2SegmentArc part(const kc2SegmentArc& e, double f) {
-  return onCircle(e, e.startAngle_().toDouble(), e.angleSpan_().toDouble() * f);
-}
-
 // Distance between two pieces: 0 where they meet, else the least of the end
 // points' distances to the other piece and, for an arc, of its point facing
 // the other piece (found from the other's point nearest its centre).
@@ -264,7 +257,7 @@ void shorten(double& percent, const E& extension, const O& other, double distanc
     if (std::min(turn, 180.0 - turn) <= std::fabs(angle.toDouble())) return;
   }
   const double full = percent;
-  while (gap(part(extension, percent / full), other) < distance) {
+  while (gap(kfPiecePart_(extension, percent / full), other) < distance) {
     percent *= 0.5;
     if (percent < kMinExtension) {
       percent = 0.0;
