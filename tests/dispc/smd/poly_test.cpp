@@ -236,6 +236,40 @@ TEST(SMDPolyGeometry, PerimeterAndExtensions) {
   EXPECT_NEAR(chain.extensionPerimeter_() - chain.perimeter_(0.0), 0.5, 1e-12);
 }
 
+TEST(SMDPolyGeometry, ExtensionsStopShortOfAnotherOutline) {
+  struct Access : Poly {
+    using Poly::checkExtensions_;
+    using Poly::Poly;
+    using Poly::setExtensions_;
+  };
+  // A square whose right side, extended by half its length beyond each
+  // corner, would reach a pad 1 to the right of its top corner; the pad far
+  // below stops nothing.
+  Access body;
+  body.vertices({at(0, 0), at(2, 0), at(2, 2), at(0, 2)});
+  body.close();
+  body.setExtensions_(0.5);
+  Access pad;
+  pad.vertices({at(1.5, 2.5), at(3, 2.5), at(3, 3.5), at(1.5, 3.5)});
+  pad.close();
+  body.checkExtensions_(pad, 0.1, kcDegree(10), 0.01, false);
+  const double up = body.vertices()[2].forwardPercExtension();  // segment 2 runs up the right side
+  EXPECT_GT(up, 0.0);
+  EXPECT_LT(up, 0.5);
+  EXPECT_EQ(body.vertices()[1].backwardPercExtension(), 0.5);  // segment 2 downwards, clear of the pad
+  Access far;
+  far.vertices({at(10, -10), at(11, -10), at(11, -9)});
+  far.close();
+  far.setExtensions_(0.5);
+  Access again;
+  again.vertices(body.vertices());
+  again.close();
+  again.setExtensions_(0.5);
+  again.checkExtensions_(far, 0.1, kcDegree(10), 0.01, true);
+  EXPECT_EQ(again.vertices()[2].forwardPercExtension(), 0.5);
+  EXPECT_EQ(far.vertices()[0].forwardPercExtension(), 0.5);  // the other one's own, checked back
+}
+
 TEST(SMDPolyGeometry, SegmentsOutOfTolerance) {
   Poly p;
   const kcDimTol tight(1, 0.01, 0.01, kcDimTol::eOffsets);
