@@ -19,6 +19,8 @@ function(dispc_add_library name)
   set_target_properties(${name} PROPERTIES OUTPUT_NAME dispc_${name} VERSION ${PROJECT_VERSION}
                                            SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "\$ORIGIN")
   target_compile_features(${name} PUBLIC cxx_std_20)
+  # Calls within the library bind to its own functions, so they can be inlined.
+  target_compile_options(${name} PRIVATE -fno-semantic-interposition)
   dispc_warnings(${name})
   target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
                                             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

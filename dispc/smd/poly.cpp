@@ -104,6 +104,7 @@ void kcSMDGDPoly::edit_(Edit&& change, Undo& undo) {
 }
 
 void kcSMDGDPoly::setRounding_(int v, const kcVector<2>& start, const kcVector<2>& end, double span) {
+  if (roundStart_[v] == start && roundEnd_[v] == end && roundSpan_[v] == span) return;
   if (undo_) undo_->roundings.push_back({v, roundStart_[v], roundEnd_[v], roundSpan_[v]});
   roundStart_[v] = start;
   roundEnd_[v] = end;
@@ -235,6 +236,7 @@ int kcSMDGDPoly::vertexIndex_(int i, bool wrap) const {
     if (i < 0 || i > n - 1) throw invalidIndex();
     return i;
   }
+  if (i >= 0 && i < n) return i;
   // -n gives n, not 0: the established arithmetic.
   if (i >= 0) return i % n;
   return i + n * ((-i) / n + 1);
@@ -270,17 +272,6 @@ int kcSMDGDPoly::previousSegmentIndex_(int v) const {
 
 int kcSMDGDPoly::lastSegmentIndex_() const {
   return open_ ? previousSegmentIndex_(lastVertexIndex_()) : nextSegmentIndex_(lastVertexIndex_());
-}
-
-bool kcSMDGDPoly::isEndVertex(int v) const noexcept { return open_ && (v == 0 || v == lastVertexIndex_()); }
-
-bool kcSMDGDPoly::vertexIsRounded_(int v) const noexcept {
-  if (std::fabs(vertices_[v].vertexRadius()) <= kZeroTol) return false;
-  return !isEndVertex(v);
-}
-
-bool kcSMDGDPoly::segmentExists_(int s) const noexcept {
-  return s >= 0 && s < numVertices() && numVertices() >= 2 && !(s == 0 && open_);
 }
 
 void kcSMDGDPoly::addVertexLabel_(const kcSMDGDPolyVertex& v) {
@@ -368,20 +359,30 @@ void kcSMDGDPoly::replaceVertex(int index, const kcSMDGDPolyVertex& v) {
       undo);
 }
 
-// The whole chain changes and is validated whole: a copy is the undo.
+// The whole chain changes and is validated whole; what it replaces is kept
+// aside to put back.
 void kcSMDGDPoly::vertices(const std::vector<kcSMDGDPolyVertex>& list) {
   mutating_();
-  kcSMDGDPoly before(*this);
+  std::vector<kcSMDGDPolyVertex> vertices = std::move(vertices_);
+  std::vector<std::int32_t> labels = std::move(labels_);
+  std::vector<kcVector<2>> roundStart = std::move(roundStart_);
+  std::vector<kcVector<2>> roundEnd = std::move(roundEnd_);
+  std::vector<double> roundSpan = std::move(roundSpan_);
   try {
     vertices_ = list;
-    roundStart_.resize(list.size());
-    roundEnd_.resize(list.size());
-    roundSpan_.resize(list.size());
+    roundStart_.assign(list.size(), kcVector<2>());
+    roundEnd_.assign(list.size(), kcVector<2>());
+    roundSpan_.assign(list.size(), 0.0);
     if (spatial_) spatial_->invalidate();
     rebuildLabels_();
     validate_();
   } catch (const kcException&) {
-    *this = before;
+    vertices_ = std::move(vertices);
+    labels_ = std::move(labels);
+    roundStart_ = std::move(roundStart);
+    roundEnd_ = std::move(roundEnd);
+    roundSpan_ = std::move(roundSpan);
+    if (spatial_) spatial_->invalidate();
     throw;
   }
 }
@@ -499,22 +500,61 @@ void kcSMDGDPoly::validateClose_() {
   validateReplacement_(0);
 }
 
+// Validation visits every vertex in order and tests its pieces against every
+// piece before it, then its labels and length. Here the index hands over the
+// pairs that can meet all at once, and the visits as written start at the
+// first vertex that a meeting pair or its other checks may fail: they throw
+// exactly what the plain order throws there.
 void kcSMDGDPoly::validate_() {
   const int n = static_cast<int>(vertices_.size());
   if (!open_ && n < 2) throw invalidVertices();
   if (n == 0) return;
   for (int v = 0; v < n; ++v) computeVertexRounding_(v);
   if (n == 1) return;
-  for (int v = 0; v < n; ++v) {
-    if (vertexIntersectsPoly_(v, v)) throw crossingSegments();
-    if (!open_ || v != 0) {
-      if (segmentIntersectsPoly_(v, v)) throw crossingSegments();
-      const int p = vertexIndex_(v - 1, true);
-      if (percentsExceed(vertexLabel_(v), vertexLabel_(p), percentPrevSegment_(v), percentNextSegment_(p)))
-        throw crossingSegments();
-      (void)segmentDimension(v);
-    }
+  int first = 0;
+  if (n >= kcSMDGDPolyIndex_::kMinVertices) {
+    first = n;
+    for (int v = 0; v < n && first == n; ++v)
+      if (segmentExists_(v) && !segmentChecksPass_(v)) first = v;
+    index_().pairs(*this, first, [&](int j, int k) {
+      try {
+        if (elementsCross_(j, k)) first = std::min(first, k);
+      } catch (const kcException&) {
+        first = std::min(first, k);
+      }
+    });
   }
+  for (int v = first; v < n; ++v) validateVertex_(v);
+}
+
+void kcSMDGDPoly::validateVertex_(int v) {
+  if (vertexIntersectsPoly_(v, v)) throw crossingSegments();
+  if (!segmentExists_(v)) return;
+  if (segmentIntersectsPoly_(v, v)) throw crossingSegments();
+  const int p = vertexIndex_(v - 1, true);
+  if (percentsExceed(vertexLabel_(v), vertexLabel_(p), percentPrevSegment_(v), percentNextSegment_(p)))
+    throw crossingSegments();
+  (void)segmentDimension(v);
+}
+
+// A straight segment of positive length whose tolerance is unset has a valid
+// dimension: the common case needs no dimension built.
+bool kcSMDGDPoly::segmentChecksPass_(int v) const {
+  const int p = vertexIndex_(v - 1, true);
+  if (percentsExceed(vertexLabel_(v), vertexLabel_(p), percentPrevSegment_(v), percentNextSegment_(p)))
+    return false;
+  const kcDimTol& tol = vertices_[v].segmentLengthTol();
+  const kcVector<2>& a = vertices_[p].point();
+  const kcVector<2>& b = vertices_[v].point();
+  if (tol.minTol() == -1.0 && tol.maxTol() == -1.0 && !isArcSegment_(v) && a != b && std::isfinite(a.x()) &&
+      std::isfinite(a.y()) && std::isfinite(b.x()) && std::isfinite(b.y()))
+    return true;
+  try {
+    (void)segmentDimension(v);
+  } catch (const kcException&) {
+    return false;
+  }
+  return true;
 }
 
 kcSMDDimension kcSMDGDPoly::segmentDimension(long segment) const {

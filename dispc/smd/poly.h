@@ -46,6 +46,7 @@
 // kcArchive::Corrupt, and the target keeps what it had.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <iosfwd>
 #include <memory>
@@ -272,6 +273,13 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   // in increasing order, up to upTo; all of them when there is no box to use.
   template <class Test>
   bool anyNear_(int upTo, bool ofSegment, int k, Test&& test) const;
+  // Whether the pieces of elements j < k meet, as validation tests them at k.
+  [[nodiscard]] bool elementsCross_(int j, int k) const;
+  // What validation tests at vertex v besides crossings: the label percentages
+  // and the length tolerance of segment v; false where validation throws.
+  [[nodiscard]] bool segmentChecksPass_(int v) const;
+  // Validation's visit to vertex v, in its order.
+  void validateVertex_(int v);
 
   std::vector<kcSMDGDPolyVertex> vertices_;
   std::vector<std::int32_t> labels_;
@@ -293,3 +301,16 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
 // Every vertex scaled (or moved), then the whole chain validated.
 [[nodiscard]] kcSMDGDPoly operator*(double s, const kcSMDGDPoly& p);
 [[nodiscard]] kcSMDGDPoly operator*(const kc2Rigid& r, const kcSMDGDPoly& p);
+
+// The tests every crossing check asks, many times over.
+inline bool kcSMDGDPoly::isEndVertex(int v) const noexcept {
+  return open_ && (v == 0 || v == lastVertexIndex_());
+}
+
+inline bool kcSMDGDPoly::vertexIsRounded_(int v) const noexcept {
+  return std::fabs(vertices_[v].vertexRadius()) > kZeroTol && !isEndVertex(v);
+}
+
+inline bool kcSMDGDPoly::segmentExists_(int s) const noexcept {
+  return s >= 0 && s < numVertices() && numVertices() >= 2 && !(s == 0 && open_);
+}

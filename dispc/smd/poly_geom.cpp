@@ -30,7 +30,8 @@ kcSMDPiece_ kfRoundedPiece_(const kcSMDGDPoly& p, int s) {
 // --- segments ---
 
 bool kcSMDGDPoly::isArcSegment_(int s) const {
-  return std::fabs(vertices_[vertexIndex_(s, false)].segmentAngleSpan().signedNorm().toDouble()) > kZeroTol;
+  const kcDegree span = vertices_[vertexIndex_(s, false)].segmentAngleSpan();
+  return span.toDouble() != 0.0 && std::fabs(span.signedNorm().toDouble()) > kZeroTol;
 }
 
 kcDegree kcSMDGDPoly::segmentStartDirection_(int s) const {
@@ -293,15 +294,33 @@ template <class Test>
 bool kcSMDGDPoly::anyNear_(int upTo, bool ofSegment, int k, Test&& test) const {
   const int n = static_cast<int>(vertices_.size());
   if (upTo < 0) upTo = n - 1;
-  kcSMDGDPolyIndex_::Box box{};
-  if (n >= kcSMDGDPolyIndex_::kMinVertices && kcSMDGDPolyIndex_::pieceBox(*this, ofSegment, k, box)) {
-    for (int j : index_().near(*this, box, upTo))
+  kcSMDGDPolyIndex_::Bound bound;
+  if (n >= kcSMDGDPolyIndex_::kMinVertices && kcSMDGDPolyIndex_::pieceBound(*this, ofSegment, k, bound)) {
+    for (int j : index_().near(*this, bound, upTo))
       if (test(j)) return true;
     return false;
   }
   for (int j = 0; j <= upTo; ++j)
     if (test(j)) return true;
   return false;
+}
+
+// Everything validation as written tests between the pieces of elements j < k
+// when it visits vertex k.
+bool kcSMDGDPoly::elementsCross_(int j, int k) const {
+  // Neighbouring straight segments without roundings never cross; only
+  // building them could fail, when one has no length.
+  if (k == j + 1 && segmentExists_(j) && !vertexIsRounded_(j) && !vertexIsRounded_(k) && !isArcSegment_(j) &&
+      !isArcSegment_(k) && roundEnd_[vertexIndex_(j - 1, true)] != roundStart_[j] &&
+      roundEnd_[j] != roundStart_[k])
+    return false;
+  if (vertexIsRounded_(k)) {
+    if (vertexIntersectsVertex_(k, j)) return true;
+    if (segmentExists_(j) && segmentIntersectsVertex_(j, k)) return true;
+  }
+  if (!segmentExists_(k)) return false;
+  if (segmentIntersectsVertex_(k, j)) return true;
+  return segmentExists_(j) && segmentIntersectsSegment_(k, j);
 }
 
 // --- inside and direction ---
