@@ -229,33 +229,10 @@ bool kfRealEq(const kcSMDGDPoly& a, const kcSMDGDPoly& b, double tol) {
 
 // --- indices ---
 
-int kcSMDGDPoly::vertexIndex_(int i, bool wrap) const {
-  const int n = static_cast<int>(vertices_.size());
-  if (n == 0) throw invalidIndex();
-  if (!wrap) {
-    if (i < 0 || i > n - 1) throw invalidIndex();
-    return i;
-  }
-  if (i >= 0 && i < n) return i;
-  // -n gives n, not 0: the established arithmetic.
-  if (i >= 0) return i % n;
-  return i + n * ((-i) / n + 1);
-}
-
 int kcSMDGDPoly::segmentIndex_(int i, bool wrap) const {
   const int s = vertexIndex_(i, wrap);
   if (s == 0 && open_) throw invalidIndex();
   return s;
-}
-
-int kcSMDGDPoly::nextVertexIndex_(int segment) const {
-  if (segment == 0 && open_) throw invalidIndex();
-  return vertexIndex_(segment, false);
-}
-
-int kcSMDGDPoly::previousVertexIndex_(int segment) const {
-  if (segment == 0 && open_) throw invalidIndex();
-  return vertexIndex_(segment - 1, true);
 }
 
 int kcSMDGDPoly::nextSegmentIndex_(int v) const {
@@ -509,13 +486,14 @@ void kcSMDGDPoly::validate_() {
   const int n = static_cast<int>(vertices_.size());
   if (!open_ && n < 2) throw invalidVertices();
   if (n == 0) return;
-  for (int v = 0; v < n; ++v) computeVertexRounding_(v);
+  const bool indexed = n >= kcSMDGDPolyIndex_::kMinVertices;
+  int first = indexed ? n : 0;
+  for (int v = 0; v < n; ++v) {
+    computeVertexRounding_(v);
+    if (first == n && segmentExists_(v) && !segmentChecksPass_(v)) first = v;
+  }
   if (n == 1) return;
-  int first = 0;
-  if (n >= kcSMDGDPolyIndex_::kMinVertices) {
-    first = n;
-    for (int v = 0; v < n && first == n; ++v)
-      if (segmentExists_(v) && !segmentChecksPass_(v)) first = v;
+  if (indexed) {
     index_().pairs(*this, first, [&](int j, int k) {
       try {
         if (elementsCross_(j, k)) first = std::min(first, k);

@@ -302,7 +302,31 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
 [[nodiscard]] kcSMDGDPoly operator*(double s, const kcSMDGDPoly& p);
 [[nodiscard]] kcSMDGDPoly operator*(const kc2Rigid& r, const kcSMDGDPoly& p);
 
-// The tests every crossing check asks, many times over.
+// The indices and tests every crossing check asks for, many times over.
+inline int kcSMDGDPoly::vertexIndex_(int i, bool wrap) const {
+  const int n = static_cast<int>(vertices_.size());
+  if (i >= 0 && i < n) return i;
+  if (n == 0 || !wrap) throw invalidIndex();
+  // -n gives n, not 0: the established arithmetic.
+  if (i >= 0) return i % n;
+  return i + n * ((-i) / n + 1);
+}
+
+inline int kcSMDGDPoly::nextVertexIndex_(int segment) const {
+  if (segment == 0 && open_) throw invalidIndex();
+  return vertexIndex_(segment, false);
+}
+
+inline int kcSMDGDPoly::previousVertexIndex_(int segment) const {
+  if (segment == 0 && open_) throw invalidIndex();
+  return vertexIndex_(segment - 1, true);
+}
+
+inline bool kcSMDGDPoly::isArcSegment_(int s) const {
+  const kcDegree span = vertices_[vertexIndex_(s, false)].segmentAngleSpan();
+  return span.toDouble() != 0.0 && std::fabs(span.signedNorm().toDouble()) > kZeroTol;
+}
+
 inline bool kcSMDGDPoly::isEndVertex(int v) const noexcept {
   return open_ && (v == 0 || v == lastVertexIndex_());
 }

@@ -29,11 +29,6 @@ kcSMDPiece_ kfRoundedPiece_(const kcSMDGDPoly& p, int s) {
 
 // --- segments ---
 
-bool kcSMDGDPoly::isArcSegment_(int s) const {
-  const kcDegree span = vertices_[vertexIndex_(s, false)].segmentAngleSpan();
-  return span.toDouble() != 0.0 && std::fabs(span.signedNorm().toDouble()) > kZeroTol;
-}
-
 kcDegree kcSMDGDPoly::segmentStartDirection_(int s) const {
   return kfPieceStartDirection_(kfSegmentPiece_(*this, s));
 }
@@ -308,12 +303,6 @@ bool kcSMDGDPoly::anyNear_(int upTo, bool ofSegment, int k, Test&& test) const {
 // Everything validation as written tests between the pieces of elements j < k
 // when it visits vertex k.
 bool kcSMDGDPoly::elementsCross_(int j, int k) const {
-  // Neighbouring straight segments without roundings never cross; only
-  // building them could fail, when one has no length.
-  if (k == j + 1 && segmentExists_(j) && !vertexIsRounded_(j) && !vertexIsRounded_(k) && !isArcSegment_(j) &&
-      !isArcSegment_(k) && roundEnd_[vertexIndex_(j - 1, true)] != roundStart_[j] &&
-      roundEnd_[j] != roundStart_[k])
-    return false;
   if (vertexIsRounded_(k)) {
     if (vertexIntersectsVertex_(k, j)) return true;
     if (segmentExists_(j) && segmentIntersectsVertex_(j, k)) return true;
