@@ -340,16 +340,17 @@ void kcSMDGDPoly::replaceVertex(int index, const kcSMDGDPolyVertex& v) {
 // aside to put back.
 void kcSMDGDPoly::vertices(const std::vector<kcSMDGDPolyVertex>& list) {
   mutating_();
+  std::vector<kcSMDGDPolyVertex> fresh(list);  // list may be this poly's own
   std::vector<kcSMDGDPolyVertex> vertices = std::move(vertices_);
   std::vector<std::int32_t> labels = std::move(labels_);
   std::vector<kcVector<2>> roundStart = std::move(roundStart_);
   std::vector<kcVector<2>> roundEnd = std::move(roundEnd_);
   std::vector<double> roundSpan = std::move(roundSpan_);
   try {
-    vertices_ = list;
-    roundStart_.assign(list.size(), kcVector<2>());
-    roundEnd_.assign(list.size(), kcVector<2>());
-    roundSpan_.assign(list.size(), 0.0);
+    vertices_ = std::move(fresh);
+    roundStart_.assign(vertices_.size(), kcVector<2>());
+    roundEnd_.assign(vertices_.size(), kcVector<2>());
+    roundSpan_.assign(vertices_.size(), 0.0);
     if (spatial_) spatial_->invalidate();
     rebuildLabels_();
     validate_();

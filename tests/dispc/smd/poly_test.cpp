@@ -13,6 +13,7 @@
 
 #include "dispc/smd/polyprivate.h"
 #include "tests/dispc/archive_checks.h"
+#include "tests/dispc/smd/outlines.h"
 
 namespace {
 
@@ -129,6 +130,9 @@ TEST(SMDPoly, FailedEditsLeaveThePolyAsItWas) {
   EXPECT_THROW(square.vertices({at(0, 0), at(2, 2), at(2, 0), at(0, 2)}), Poly::crossingSegments);
   EXPECT_EQ(state(square), before);
   EXPECT_EQ(square.subModelLabels(), labels);
+  // A poly handed its own vertices keeps them.
+  square.vertices(square.vertices());
+  EXPECT_EQ(state(square), before);
   EXPECT_EQ(square.weight(), 2.5);
   // A bow tie cannot be closed; the chain stays open.
   Poly bow;
@@ -407,19 +411,8 @@ TEST(SMDPolyValidation, IndexedAgreesWithAllPairsOnRandomOutlines) {
   std::uniform_real_distribution<double> unit(0.0, 1.0);
   int valid = 0;
   for (int trial = 0; trial < 300; ++trial) {
-    // A wobbly ring of points, some with roundings or bent segments: the
-    // calm ones valid, the wild ones folding over themselves.
     const int n = 40 + static_cast<int>(unit(rng) * 60);
-    const double wobble = unit(rng);
-    std::vector<Vertex> vs;
-    for (int i = 0; i < n; ++i) {
-      const double a = 2 * std::numbers::pi * (i + wobble * (unit(rng) - 0.5) * 3) / n;
-      const double r = 10 * (1 - 0.5 * wobble * unit(rng));
-      const double radius = unit(rng) < 0.3 ? unit(rng) * 0.3 : 0.0;
-      const double span = unit(rng) < 0.1 ? (unit(rng) - 0.5) * 40 : 0.0;
-      vs.push_back(Vertex(V(r * std::cos(a), r * std::sin(a)), radius, kcDegree(span), 0.5, 0.5, -1,
-                          kcDimTol(-1, -1, -1, kcDimTol::eOffsets)));
-    }
+    const std::vector<Vertex> vs = dispc_test::wobblyRing(rng, n);
     Poly indexed;
     P::assignVertices_(indexed, {}, false);
     const std::string got = verdict([&] { indexed.vertices(vs); });

@@ -11,6 +11,7 @@
 #include "dispc/smd/poly.h"
 #include "dispc/smd/polyindex_p.h"
 #include "dispc/smd/polyprivate.h"
+#include "tests/dispc/smd/outlines.h"
 
 namespace {
 
@@ -52,23 +53,6 @@ struct Outline : kcSMDGDPoly {
   using kcSMDGDPoly::vertexIsRounded_;
 };
 
-// A wobbly ring, some corners rounded and some segments bent; the wild ones
-// fold over themselves.
-std::vector<Vertex> ring(std::mt19937& rng, int n) {
-  std::uniform_real_distribution<double> unit(0.0, 1.0);
-  const double wobble = unit(rng);
-  std::vector<Vertex> vs;
-  for (int i = 0; i < n; ++i) {
-    const double a = 2 * std::numbers::pi * (i + wobble * (unit(rng) - 0.5) * 3) / n;
-    const double r = 10 * (1 - 0.5 * wobble * unit(rng));
-    const double radius = unit(rng) < 0.3 ? unit(rng) * 0.3 : 0.0;
-    const double span = unit(rng) < 0.1 ? (unit(rng) - 0.5) * 40 : 0.0;
-    vs.push_back(Vertex(V(r * std::cos(a), r * std::sin(a)), radius, kcDegree(span), 0.5, 0.5, -1,
-                        kcDimTol(-1, -1, -1, kcDimTol::eOffsets)));
-  }
-  return vs;
-}
-
 std::vector<Vertex> star(int n) {
   std::vector<Vertex> vs;
   for (int i = 0; i < n; ++i) {
@@ -84,7 +68,7 @@ TEST(SMDPolyIndex, QueriesAndPairsMissNothingThatMeets) {
   long meetings = 0;
   for (int trial = 0; trial < 60; ++trial) {
     const int n = 33 + static_cast<int>(rng() % 90);
-    const Outline poly(ring(rng, n), trial % 5 == 0);
+    const Outline poly(dispc_test::wobblyRing(rng, n), trial % 5 == 0);
     Index index;
     for (int s = 0; s < n; ++s)
       for (bool ofSegment : {true, false}) {
@@ -124,7 +108,7 @@ TEST(SMDPolyIndex, QueriesAndPairsMissNothingThatMeets) {
 
 TEST(SMDPolyIndex, PairsStopBelowALoweredLimit) {
   std::mt19937 rng(3);
-  const Outline poly(ring(rng, 200), false);
+  const Outline poly(dispc_test::wobblyRing(rng, 200), false);
   Index index;
   int limit = 200;
   int calls = 0;
@@ -156,7 +140,7 @@ TEST(SMDPolyIndex, StarSpikesMeetAHandfulOfElements) {
 // What an index learns by touches and growth matches one built afresh.
 TEST(SMDPolyIndex, GrowingAndTouchingMatchesBuildingAgain) {
   std::mt19937 rng(7);
-  std::vector<Vertex> vs = ring(rng, 70);
+  std::vector<Vertex> vs = dispc_test::wobblyRing(rng, 70);
   Index kept;
   for (int n = 40; n <= 70; ++n) {
     const std::vector<Vertex> prefix(vs.begin(), vs.begin() + n);
