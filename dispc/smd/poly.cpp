@@ -497,7 +497,10 @@ void kcSMDGDPoly::validate_() {
   if (indexed) {
     index_().pairs(*this, first, [&](int j, int k) {
       try {
-        if (elementsCross_(j, k)) first = std::min(first, k);
+        // What the visit to k tests against element j.
+        if ((vertexIsRounded_(k) && roundingMeetsElement_(k, j)) ||
+            (segmentExists_(k) && segmentMeetsElement_(k, j)))
+          first = std::min(first, k);
       } catch (const kcException&) {
         first = std::min(first, k);
       }

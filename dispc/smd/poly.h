@@ -248,6 +248,10 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   [[nodiscard]] bool vertexIntersectsVertex_(int a, int b) const;
   [[nodiscard]] bool segmentIntersectsPoly_(int s, int upTo) const;
   [[nodiscard]] bool vertexIntersectsPoly_(int v, int upTo) const;
+  // Whether the rounded segment s / the rounding of vertex v meets a piece of
+  // element j, as the two tests above ask of each element.
+  [[nodiscard]] bool segmentMeetsElement_(int s, int j) const;
+  [[nodiscard]] bool roundingMeetsElement_(int v, int j) const;
   [[nodiscard]] std::vector<kcVector<2>> segmentIntersection_(int a, int b) const;
   [[nodiscard]] std::vector<kcVector<2>> vertexIntersection_(int a, int b) const;
   [[nodiscard]] std::vector<kcVector<2>> segmentVertexIntersection_(int s, int v) const;
@@ -273,8 +277,6 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   // in increasing order, up to upTo; all of them when there is no box to use.
   template <class Test>
   bool anyNear_(int upTo, bool ofSegment, int k, Test&& test) const;
-  // Whether the pieces of elements j < k meet, as validation tests them at k.
-  [[nodiscard]] bool elementsCross_(int j, int k) const;
   // What validation tests at vertex v besides crossings: the label percentages
   // and the length tolerance of segment v; false where validation throws.
   [[nodiscard]] bool segmentChecksPass_(int v) const;

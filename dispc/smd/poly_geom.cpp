@@ -268,19 +268,23 @@ std::vector<kcVector<2>> kcSMDGDPoly::segmentIntersection_(int a, int b) const {
   return kfPieceIntersection_(pa, pb, adjacent);
 }
 
+bool kcSMDGDPoly::segmentMeetsElement_(int s, int j) const {
+  if (segmentIntersectsVertex_(s, j)) return true;
+  return segmentExists_(j) && j != s && segmentIntersectsSegment_(s, j);
+}
+
+bool kcSMDGDPoly::roundingMeetsElement_(int v, int j) const {
+  if (j != v && vertexIntersectsVertex_(v, j)) return true;
+  return segmentExists_(j) && segmentIntersectsVertex_(j, v);
+}
+
 bool kcSMDGDPoly::segmentIntersectsPoly_(int s, int upTo) const {
-  return anyNear_(upTo, true, s, [&](int j) {
-    if (segmentIntersectsVertex_(s, j)) return true;
-    return segmentExists_(j) && j != s && !segmentIntersection_(s, j).empty();
-  });
+  return anyNear_(upTo, true, s, [&](int j) { return segmentMeetsElement_(s, j); });
 }
 
 bool kcSMDGDPoly::vertexIntersectsPoly_(int v, int upTo) const {
   if (!vertexIsRounded_(v)) return false;
-  return anyNear_(upTo, false, v, [&](int j) {
-    if (j != v && vertexIntersectsVertex_(v, j)) return true;
-    return segmentExists_(j) && segmentIntersectsVertex_(j, v);
-  });
+  return anyNear_(upTo, false, v, [&](int j) { return roundingMeetsElement_(v, j); });
 }
 
 // Every j up to upTo in increasing order, skipping those the index shows to
@@ -298,18 +302,6 @@ bool kcSMDGDPoly::anyNear_(int upTo, bool ofSegment, int k, Test&& test) const {
   for (int j = 0; j <= upTo; ++j)
     if (test(j)) return true;
   return false;
-}
-
-// Everything validation as written tests between the pieces of elements j < k
-// when it visits vertex k.
-bool kcSMDGDPoly::elementsCross_(int j, int k) const {
-  if (vertexIsRounded_(k)) {
-    if (vertexIntersectsVertex_(k, j)) return true;
-    if (segmentExists_(j) && segmentIntersectsVertex_(j, k)) return true;
-  }
-  if (!segmentExists_(k)) return false;
-  if (segmentIntersectsVertex_(k, j)) return true;
-  return segmentExists_(j) && segmentIntersectsSegment_(k, j);
 }
 
 // --- inside and direction ---

@@ -37,13 +37,7 @@ struct Outline : kcSMDGDPoly {
   // a piece of element j; a piece that cannot be built counts as meeting.
   bool meets(bool ofSegment, int s, int j) const {
     try {
-      if (ofSegment) {
-        if (segmentIntersectsVertex_(s, j)) return true;
-        return segmentExists_(j) && j != s && segmentIntersectsSegment_(s, j);
-      }
-      if (!vertexIsRounded_(s)) return false;
-      if (j != s && vertexIntersectsVertex_(s, j)) return true;
-      return segmentExists_(j) && segmentIntersectsVertex_(j, s);
+      return ofSegment ? segmentMeetsElement_(s, j) : vertexIsRounded_(s) && roundingMeetsElement_(s, j);
     } catch (const kcException&) {
       return true;
     }
