@@ -65,6 +65,7 @@
 #include "foundation/shapes/rect.h"
 
 class kcSMDGDPolyIndex_;
+class kc2Wireframe;
 
 class kcSMDGDPoly : public kcSMDGeometricDescription {
  public:
@@ -97,6 +98,9 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   // An empty open poly: colours (green, light grey, dark grey), green arrows, weight 1.
   kcSMDGDPoly();
   explicit kcSMDGDPoly(const std::wstring& name);
+  // A copy of the poly the wireframe carries (see kc2Wireframe), named name;
+  // kcShapesError::BadGeom when it carries none.
+  kcSMDGDPoly(const kc2Wireframe& wireframe, const std::wstring& name);
   kcSMDGDPoly(const kcSMDGDPoly& other);
   kcSMDGDPoly& operator=(const kcSMDGDPoly& other);
   ~kcSMDGDPoly() override;

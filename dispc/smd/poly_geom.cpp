@@ -27,6 +27,22 @@ kcSMDPiece_ kfRoundedPiece_(const kcSMDGDPoly& p, int s) {
   return P::roundedLineSegment_(p, s);
 }
 
+std::vector<kcSMDPiece_> kfOutlinePieces_(const kcSMDGDPoly& p) {
+  std::vector<kcSMDPiece_> pieces;
+  const int n = static_cast<int>(p.vertices().size());
+  for (int v = 0; v < n; ++v) {
+    if (P::vertexIsRounded_(p, v) && P::roundSpan_(p, v) != 0.0) pieces.push_back(P::roundingArc_(p, v));
+    const int s = v + 1 < n ? v + 1 : 0;
+    if (!P::segmentExists_(p, s)) continue;
+    try {
+      pieces.push_back(kfRoundedPiece_(p, s));
+    } catch (const kcShapesError::DegenerateShape&) {
+      // The roundings at its ends meet: nothing is left of the segment.
+    }
+  }
+  return pieces;
+}
+
 // --- segments ---
 
 kcDegree kcSMDGDPoly::segmentStartDirection_(int s) const {

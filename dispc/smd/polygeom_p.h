@@ -38,3 +38,7 @@ class kcSMDGDPoly;
 // Segment s of a poly as a piece: whole, or trimmed by the roundings at its ends.
 [[nodiscard]] kcSMDPiece_ kfSegmentPiece_(const kcSMDGDPoly& p, int s);
 [[nodiscard]] kcSMDPiece_ kfRoundedPiece_(const kcSMDGDPoly& p, int s);
+// The rounded outline in travel order from vertex 0: at each vertex its
+// rounding arc (when rounded), then the trimmed segment that leaves it.
+// A segment whose roundings meet is left out.
+[[nodiscard]] std::vector<kcSMDPiece_> kfOutlinePieces_(const kcSMDGDPoly& p);

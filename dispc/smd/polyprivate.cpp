@@ -14,6 +14,8 @@ constexpr double kFullTurn = 360.0;
 constexpr double kPerDegree = 0.017453292519943295;
 // Extension percentages below this are none.
 constexpr double kMinExtension = 1e-3;
+// A similarity's turn may differ from an exact one by this fraction of its scale.
+constexpr double kSimilarityTol = 1e-12;
 
 kcVector<2> rightNormal(const kcDegree& direction) {
   const kcRadian a(direction);
@@ -286,4 +288,153 @@ void kcSMDGDPolyPrivate::checkSegmentExtension_(double& percent, const kc2Segmen
                                                 const kc2SegmentArc& other, double distance,
                                                 const kcDegree& angle, bool flag) {
   shorten(percent, extension, other, distance, angle, flag);
+}
+
+// --- whole polys ---
+
+kc2Rigid kcSMDGDPolyPrivate::position(const kcSMDGDPoly& p) {
+  return kc2Rigid(kcRadian(p.orientation_()), p.centerOfMass_());
+}
+
+kcVector<2> kcSMDGDPolyPrivate::closestPoint(const kcSMDGDPoly& p, const kcVector<2>& pt) {
+  if (p.vertices_.empty()) throw kcShapesError::EmptyShape();
+  const std::vector<kcSMDPiece_> pieces = kfOutlinePieces_(p);
+  // A lone vertex is all there is of its poly.
+  if (pieces.empty()) return p.vertices_.front().point();
+  kcVector<2> best = kfPieceClosestPoint_(pieces.front(), pt);
+  double bestDistance = best.distance(pt);
+  for (std::size_t k = 1; k < pieces.size(); ++k) {
+    const kcVector<2> q = kfPieceClosestPoint_(pieces[k], pt);
+    const double d = q.distance(pt);
+    if (d < bestDistance) {
+      best = q;
+      bestDistance = d;
+    }
+  }
+  return best;
+}
+
+double kcSMDGDPolyPrivate::distToPoint(const kcSMDGDPoly& p, const kcVector<2>& pt) {
+  return closestPoint(p, pt).distance(pt);
+}
+
+bool kcSMDGDPolyPrivate::inside(const kcSMDGDPoly& p, const kcVector<2>& pt) {
+  if (p.open_) throw kcSMDGDPoly::notClosed();
+  return p.inside_(pt);
+}
+
+kcSMDGDPoly kcSMDGDPolyPrivate::reversePoly(const kcSMDGDPoly& p) {
+  const int n = static_cast<int>(p.vertices_.size());
+  std::vector<kcSMDGDPolyVertex> list;
+  list.reserve(p.vertices_.size());
+  for (int i = 0; i < n; ++i) {
+    const int j = p.open_ ? n - 1 - i : (n - i) % n;
+    // The segment now ending at the new vertex i ran from old vertex j to
+    // j + 1, whose span and tolerance old vertex j + 1 held. (At the free
+    // end of an open poly vertex 0's unused values move, so that reversing
+    // twice gives the poly back.)
+    const int k = (j + 1) % n;
+    kcSMDGDPolyVertex v = p.vertices_[j];
+    v.segmentAngleSpan(-p.vertices_[k].segmentAngleSpan());
+    v.segmentLengthTol(p.vertices_[k].segmentLengthTol());
+    const double prev = v.percentPrevSegment();
+    v.percentPrevSegment(v.percentNextSegment());
+    v.percentNextSegment(prev);
+    const double forward = v.forwardPercExtension();
+    v.forwardPercExtension(v.backwardPercExtension());
+    v.backwardPercExtension(forward);
+    list.push_back(std::move(v));
+  }
+  kcSMDGDPoly q(p);
+  q.vertices(list);
+  return q;
+}
+
+namespace {
+// The vertex mirrored about the y axis: x and the span change sign.
+kcSMDGDPolyVertex mirrored(kcSMDGDPolyVertex v) {
+  v.point(kcVector<2>(-v.point().x(), v.point().y()));
+  v.segmentAngleSpan(-v.segmentAngleSpan());
+  return v;
+}
+}  // namespace
+
+kcSMDGDPoly kcSMDGDPolyPrivate::flip(const kcSMDGDPoly& p) {
+  std::vector<kcSMDGDPolyVertex> list;
+  list.reserve(p.vertices_.size());
+  for (const kcSMDGDPolyVertex& v : p.vertices_) list.push_back(mirrored(v));
+  kcSMDGDPoly q(p);
+  q.vertices(list);
+  // A mirror turns the direction of travel; the flag turns it back.
+  q.toggleDirection();
+  return q;
+}
+
+kcSMDGDPoly kcSMDGDPolyPrivate::similarityImage(const kcSMDGDPoly& p, const kcXform<2>& x) {
+  const kcMatrix<2>& m = x.matrix();
+  const double det = m.determinant();
+  if (!std::isfinite(det) || det == 0.0) throw kcShapesError::BadGeom();
+  const bool mirror = det < 0.0;
+  const double scale = std::sqrt(std::fabs(det));
+  // With the mirror (x -> -x) taken out first, what is left must be a turn
+  // times the scale: [[c, -s], [s, c]].
+  const double c = mirror ? -m.element(0, 0) : m.element(0, 0);
+  const double s = mirror ? -m.element(1, 0) : m.element(1, 0);
+  const double tol = kSimilarityTol * scale;
+  if (std::fabs(c - m.element(1, 1)) > tol || std::fabs(s + m.element(0, 1)) > tol)
+    throw kcShapesError::BadGeom();
+  const kc2Rigid turn(kcRadian(std::atan2(s, c)), x.trans());
+  std::vector<kcSMDGDPolyVertex> list;
+  list.reserve(p.vertices_.size());
+  for (const kcSMDGDPolyVertex& v : p.vertices_) list.push_back(turn * (scale * (mirror ? mirrored(v) : v)));
+  kcSMDGDPoly q(p);
+  q.vertices(list);
+  return q;
+}
+
+kcSMDGDPoly kcSMDGDPolyPrivate::subPoly(const kcSMDGDPoly& p, int v, bool wrap) {
+  const int first = p.vertexIndex_(v, false);
+  const int n = static_cast<int>(p.vertices_.size());
+  const long label = p.vertices_[first].subModelLabel();
+  std::vector<kcSMDGDPolyVertex> run{p.vertices_[first]};
+  for (int k = first + 1;; ++k) {
+    if (k == n) {
+      if (!wrap || p.open_) break;
+      k = 0;
+    }
+    if (k == first || p.vertices_[k].subModelLabel() != label) break;
+    run.push_back(p.vertices_[k]);
+  }
+  if (static_cast<int>(run.size()) == n) return p;
+  if (run.size() < 2) throw kcSMDGDPoly::badSubModel();
+  // The run's first vertex starts an open chain: no segment ends there.
+  run.front().segmentAngleSpan(kcDegree(0.0));
+  run.front().segmentLengthTol(kcDimTol());
+  kcSMDGDPoly q(p);
+  q.reInit();
+  q.vertices(run);
+  return q;
+}
+
+// --- dimensions ---
+
+kcDimTol::TolType kcSMDGDPolyPrivate::tolType(kcSMDDimension::ScaleType t) noexcept {
+  switch (t) {
+    case kcSMDDimension::eFixed:
+      return kcDimTol::eLimits;
+    case kcSMDDimension::eScaleAll:
+      return kcDimTol::ePercentages;
+    default:
+      return kcDimTol::eOffsets;
+  }
+}
+
+kcDimTol kcSMDGDPolyPrivate::dimTol(const kcSMDDimension& d) {
+  const kcDimTol limits(d.nominal(), d.min(), d.max(), kcDimTol::eLimits);
+  const kcDimTol::TolType kind = tolType(d.scaleType());
+  // Offsets and fractions are measured from the nominal.
+  if (kind == kcDimTol::eLimits || d.nominal() < 0.0) return limits;
+  if (kind == kcDimTol::eOffsets)
+    return kcDimTol(d.nominal(), limits.minOffset(), limits.maxOffset(), kcDimTol::eOffsets);
+  return kcDimTol(d.nominal(), limits.minPerc(), limits.maxPerc(), kcDimTol::ePercentages);
 }

@@ -17,6 +17,9 @@
 
 #include "dispc/smd/poly.h"
 
+class kc2Wireframe;
+class kcSMDGDModel;
+
 class kcSMDGDPolyPrivate : public kcSMDGDPoly {
  public:
   KC_DECLARE_PERSISTENT(kcSMDGDPolyPrivate);
@@ -86,6 +89,48 @@ class kcSMDGDPolyPrivate : public kcSMDGDPoly {
   static void checkSegmentExtension_(double& percent, const kc2SegmentArc& extension,
                                      const kc2SegmentArc& other, double distance, const kcDegree& angle,
                                      bool flag);
+
+  // --- whole polys ---
+  // The pose of a poly: its centre of mass, turned by its orientation.
+  [[nodiscard]] static kc2Rigid position(const kcSMDGDPoly& p);
+  // The point of the rounded outline nearest to pt (the first along the
+  // outline on a tie); kcShapesError::EmptyShape without vertices.
+  [[nodiscard]] static kcVector<2> closestPoint(const kcSMDGDPoly& p, const kcVector<2>& pt);
+  [[nodiscard]] static double distToPoint(const kcSMDGDPoly& p, const kcVector<2>& pt);
+  // The inside test of a closed poly; notClosed for an open one.
+  [[nodiscard]] static bool inside(const kcSMDGDPoly& p, const kcVector<2>& pt);
+  // The same outline travelled the other way. An open poly's vertices come in
+  // reverse order; a closed one keeps vertex 0 first. Spans are negated and
+  // move with their segments, as do length tolerances; the two rounding
+  // percentages and the two extension percentages of each vertex swap. The
+  // direction flag is kept, so the direction turns.
+  [[nodiscard]] static kcSMDGDPoly reversePoly(const kcSMDGDPoly& p);
+  // Mirrored about the y axis (x becomes -x, spans negated), vertex order
+  // kept, and the direction flag toggled, so an outline keeps its polarity.
+  [[nodiscard]] static kcSMDGDPoly flip(const kcSMDGDPoly& p);
+  // The poly under a similarity (a mirror first when x has one, then the
+  // scale, then the turn and the move), validated again; the direction flag
+  // is kept, so a mirror turns the direction. kcShapesError::BadGeom when x
+  // is not a similarity (to 1e-12 of its scale).
+  [[nodiscard]] static kcSMDGDPoly similarityImage(const kcSMDGDPoly& p, const kcXform<2>& x);
+  // The run of vertices from v that carry v's label, continued past the last
+  // vertex to vertex 0 only with wrap on a closed poly: the whole poly when
+  // the run holds every vertex, otherwise the run as an open poly (same name,
+  // colours and flags). badSubModel for a run of fewer than 2 vertices.
+  [[nodiscard]] static kcSMDGDPoly subPoly(const kcSMDGDPoly& p, int v, bool wrap);
+  // Appends to out the sub-poly of every run of vertices labelled label
+  // (each run from its first vertex, without wrap), with their labels.
+  static void subModel(const kcSMDGDPoly& p, long label, kcSMDGDModel& out);
+  // The poly as a wireframe that carries it: its data, identity transform.
+  [[nodiscard]] static kc2Wireframe wireframe(const kcSMDGDPoly& p);
+
+  // --- dimensions ---
+  // Scale type to tolerance kind: 0 -> limits, 1 -> offsets, 2 ->
+  // percentages, anything else -> offsets.
+  [[nodiscard]] static kcDimTol::TolType tolType(kcSMDDimension::ScaleType t) noexcept;
+  // The dimension with its limits in the kind of its scale type (-1 stays -1;
+  // without a nominal, limits).
+  [[nodiscard]] static kcDimTol dimTol(const kcSMDDimension& d);
 
   // Installs a chain as it stands, with sharp rounding caches and the given
   // open flag, and validates nothing: for helpers that validate afterwards.
