@@ -2,7 +2,7 @@
 #   make test     sanitizer build and all its tests, package checks among them (what CI runs)
 #   make check-clang  the same sources and tests built with clang (CI runs it after make test)
 #   make check-static  static libraries, release build, all tests (CI runs it last)
-#   make demo     build and run the demo program
+#   make demo     build and run the demo program (examples/soic8)
 #   make bench    release build, run the benchmarks
 #   make install  release build installed to PREFIX (default /usr/local)
 #   make format   clang-format every source
@@ -67,8 +67,8 @@ check-static: deps
 
 demo: deps
 	CXX=$(CXX) cmake --preset dev
-	cmake --build --preset dev -j $(JOBS) --target demo
-	$(CURDIR)/build/dev/examples/demo
+	cmake --build --preset dev -j $(JOBS) --target soic8
+	$(CURDIR)/build/dev/examples/soic8
 
 # Peer libraries the benchmarks measure against (Boost.Geometry, headers only).
 bench: DEB_PACKAGES += libboost-dev

@@ -2,11 +2,15 @@
 
 #include "dispc/dimtol.h"
 #include "dispc/dispprop.h"
+#include "dispc/smd/model.h"
+#include "dispc/smd/modelprivate.h"
 #include "dispc/smd/poly.h"
 #include "dispc/smd/polyprivate.h"
 #include "dispc/smd/vertex.h"
 #include "dispc/uierror.h"
 #include "dispc/wrfm/colors.h"
+#include "dispc/wrfm/genpoly.h"
+#include "dispc/wrfm/wirefrm.h"
 
 namespace {
 constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
@@ -37,12 +41,19 @@ constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
     &kcSMDGDPoly::noPelBuffer::sExemplar,
     &kcSMDGDPoly::badSubModel::sExemplar,
     &kcSMDGDPoly::notClosed::sExemplar,
+    &kcSMDGDModel::invalidIndex::sExemplar,
+    &kcSMDGDModel::crossingPolys::sExemplar,
+    &kcSMDGDModel::nestedPolys::sExemplar,
     // values
     &kcGraphicProps::sExemplar,
     &kcSMDGDPolyVertex::sExemplar,
     &kcSMDColors::sExemplar,
     &kcSMDGDPoly::sExemplar,
     &kcSMDGDPolyPrivate::sExemplar,
+    &kcSMDGDModel::sExemplar,
+    &kcSMDGDModelPrivate::sExemplar,
+    &kcGenPoly::sExemplar,
+    &kc2Wireframe::sExemplar,
 };
 }  // namespace
 

@@ -136,6 +136,17 @@ class kcSMDGDPolyPrivate : public kcSMDGDPoly {
   // open flag, and validates nothing: for helpers that validate afterwards.
   static void assignVertices_(kcSMDGDPoly& p, std::vector<kcSMDGDPolyVertex> list, bool open);
 
+  // --- the poly's measures and extension edits, for callers outside it ---
+  [[nodiscard]] static double perimeter_(const kcSMDGDPoly& p, double minLength) {
+    return p.perimeter_(minLength);
+  }
+  [[nodiscard]] static double extensionPerimeter_(const kcSMDGDPoly& p) { return p.extensionPerimeter_(); }
+  static void setExtensions_(kcSMDGDPoly& p, double percent) { p.setExtensions_(percent); }
+  static void checkExtensions_(kcSMDGDPoly& p, kcSMDGDPoly& other, double distance, const kcDegree& angle,
+                               double minPercent, bool both) {
+    p.checkExtensions_(other, distance, angle, minPercent, both);
+  }
+
   // --- the poly's index helpers, for callers outside it ---
   [[nodiscard]] static int vertexIndex_(const kcSMDGDPoly& p, int i, bool wrap) {
     return p.vertexIndex_(i, wrap);

@@ -38,11 +38,18 @@ TEST(Registry, HoldsTheDisplayCoreClasses) {
                                           "kcSMDGDPoly::noPelBuffer",
                                           "kcSMDGDPoly::badSubModel",
                                           "kcSMDGDPoly::notClosed",
+                                          "kcSMDGDModel::invalidIndex",
+                                          "kcSMDGDModel::crossingPolys",
+                                          "kcSMDGDModel::nestedPolys",
                                           "kcGraphicProps",
                                           "kcSMDGDPolyVertex",
                                           "kcSMDColors",
                                           "kcSMDGDPoly",
-                                          "kcSMDGDPolyPrivate"};
+                                          "kcSMDGDPolyPrivate",
+                                          "kcSMDGDModel",
+                                          "kcSMDGDModelPrivate",
+                                          "kcGenPoly",
+                                          "kc2Wireframe"};
   std::vector<std::string> expected = dispc;
   for (const auto* exemplar : kfFoundationClasses()) expected.push_back(exemplar->name());
   expected.push_back("SMDTestDescription");  // this test program's own

@@ -1,6 +1,6 @@
 // A tour of the archive: builds a few values, stores them in a file, loads
 // them back and prints what came back. Exits 1 when anything differs.
-//   demo [archive file]
+//   archive_tour [archive file]
 #include <cstdint>
 #include <cstdio>
 #include <memory>
