@@ -614,22 +614,24 @@ kcVector<2> kcGenPoly::endPoint() const {
   return vertexPoint(numVertices() - 1);
 }
 
+namespace {
+// The direction of travel, in client space, where the outline starts or ends.
+kcRadian travelDirection(const kcSMDGDPoly& data, const kcXform<2>& x, bool atStart) {
+  const std::vector<Piece> pieces = kfOutlinePieces_(data);
+  if (pieces.empty()) throw kcShapesError::NoTangent();
+  return kcRadian(atStart ? kfPieceStartDirection_(kfMapPiece_(x, pieces.front()))
+                          : kfPieceEndDirection_(kfMapPiece_(x, pieces.back())));
+}
+}  // namespace
+
 kcRadian kcGenPoly::startAngle() const {
   if (!isOpenContour()) throwNotOpenContour_();
-  return guarded_([&] {
-    const std::vector<Piece> pieces = kfOutlinePieces_(poly_);
-    if (pieces.empty()) throw kcShapesError::NoTangent();
-    return kcRadian(kfPieceStartDirection_(kfMapPiece_(xform_, pieces.front())));
-  });
+  return guarded_([&] { return travelDirection(poly_, xform_, true); });
 }
 
 kcRadian kcGenPoly::endAngle() const {
   if (!isOpenContour()) throwNotOpenContour_();
-  return guarded_([&] {
-    const std::vector<Piece> pieces = kfOutlinePieces_(poly_);
-    if (pieces.empty()) throw kcShapesError::NoTangent();
-    return kcRadian(kfPieceEndDirection_(kfMapPiece_(xform_, pieces.back())));
-  });
+  return guarded_([&] { return travelDirection(poly_, xform_, false); });
 }
 
 kcRadian kcGenPoly::tangentRotation() const {

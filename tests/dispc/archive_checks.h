@@ -63,4 +63,20 @@ void expectRefused(const Bytes& bytes, T target) {
   EXPECT_EQ(stored(target), before);
 }
 
+// Loading the bytes through target.loadSimple throws UnknownVersion naming
+// the file and line; target is unchanged.
+template <class T>
+void expectSimpleUnknownVersion(const Bytes& bytes, T& target, std::string_view file, int line) {
+  const T before = target;
+  try {
+    kcMemArchive in(bytes);
+    target.loadSimple(in);
+    ADD_FAILURE() << "unknown version accepted";
+  } catch (const kcArchive::UnknownVersion& e) {
+    EXPECT_EQ(e.file(), file);
+    EXPECT_EQ(e.line(), line);
+  }
+  EXPECT_EQ(target, before);
+}
+
 }  // namespace dispc_test
