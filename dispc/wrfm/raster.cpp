@@ -1,0 +1,138 @@
+#include "dispc/wrfm/raster.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace {
+// Relative tolerance of floorTol and ceilTol.
+constexpr double kRoundTol = 1e-11;
+// Arcs are cut into chords of at most this many degrees.
+constexpr double kChordsPerDegree = 0.2;
+
+using Buffer = kcPelBuffer<unsigned char>;
+
+unsigned char pelValue(signed char v) noexcept { return static_cast<unsigned char>(v); }
+
+// A whole number as a 32-bit one, saturated (NaN gives the lowest).
+std::int32_t saturated(double v) noexcept {
+  constexpr double lo = std::numeric_limits<std::int32_t>::min();
+  constexpr double hi = std::numeric_limits<std::int32_t>::max();
+  if (!(v > lo)) return std::numeric_limits<std::int32_t>::min();
+  if (!(v < hi)) return std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::int32_t>(v);
+}
+
+// Rows or columns first..last cut to the window's 0..size - 1: the others
+// would write nothing, and a far-off segment must not cost a loop over them.
+std::pair<std::int32_t, std::int32_t> within(std::int32_t first, std::int32_t last, long size) noexcept {
+  return {std::max<std::int32_t>(first, 0), static_cast<std::int32_t>(std::min<long>(last, size - 1))};
+}
+
+void widen(double* minX, double* maxX, double* minY, double* maxY, const kcVector<2>& p) noexcept {
+  if (minX) *minX = std::min(*minX, p.x());
+  if (maxX) *maxX = std::max(*maxX, p.x());
+  if (minY) *minY = std::min(*minY, p.y());
+  if (maxY) *maxY = std::max(*maxY, p.y());
+}
+
+// The marks of the line a-b, both already in pel coordinates.
+void markExtents(Buffer& buffer, kcVector<2> a, kcVector<2> b, unsigned char grey) {
+  if (a == b) throw kcShapesError::DegenerateShape();
+  if (a.y() > b.y()) std::swap(a, b);
+  const std::int32_t r0 = ceilTol(a.y() - 0.5);
+  const std::int32_t r1 = floorTol(b.y() - 0.5);
+  if (r0 > r1) return;
+  if (r0 == r1) {
+    // One row: its two ends, the pels whose centres the line reaches.
+    const double left = std::min(a.x(), b.x()), right = std::max(a.x(), b.x());
+    buffer.put(ceilTol(left - 0.5), r0, grey);
+    buffer.put(floorTol(right - 0.5), r0, grey);
+    return;
+  }
+  const double slope = (b.x() - a.x()) / (b.y() - a.y());
+  const auto [from, to] = within(r0, r1, buffer.height());
+  for (std::int32_t r = from; r <= to; ++r) buffer.put(floorTol((r + 0.5 - a.y()) * slope + a.x()), r, grey);
+}
+
+// The thin line a-b (pel coordinates) widened across its major axis.
+void drawLine(Buffer& buffer, const kcVector<2>& a, const kcVector<2>& b, unsigned char grey, int width) {
+  if (a == b) throw kcShapesError::DegenerateShape();
+  const bool alongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
+  const int before = (std::max(width, 1) - 1) / 2;
+  const int after = std::max(width, 1) - 1 - before;
+  // major, minor: the pel's coordinates along and across the major axis.
+  auto put = [&](long major, long minor) {
+    for (long k = -before; k <= after; ++k) {
+      if (alongX)
+        buffer.put(major, minor + k, grey);
+      else
+        buffer.put(minor + k, major, grey);
+    }
+  };
+  const double a0 = alongX ? a.x() : a.y(), a1 = alongX ? a.y() : a.x();
+  const double b0 = alongX ? b.x() : b.y(), b1 = alongX ? b.y() : b.x();
+  const double slope = (b1 - a1) / (b0 - a0);
+  const auto [first, last] = within(ceilTol(std::min(a0, b0) - 0.5), floorTol(std::max(a0, b0) - 0.5),
+                                    alongX ? buffer.width() : buffer.height());
+  for (std::int32_t m = first; m <= last; ++m) put(m, floorTol((m + 0.5 - a0) * slope + a1));
+  put(floorTol(a0), floorTol(a1));
+  put(floorTol(b0), floorTol(b1));
+}
+
+// Walks the chords of the arc in pel coordinates, widening the bounds by
+// each chord's end.
+template <class Chord>
+void forEachChord(const kc2SegmentArc& arc, const kcXform<2>& xform, double* minX, double* maxX, double* minY,
+                  double* maxY, Chord&& chord) {
+  const double start = arc.startAngle().toDouble();
+  const double span = arc.angleSpan().toDouble();
+  const int n = kfArcChords(kcDegree(span));
+  const double step = span / n;
+  kcVector<2> from = xform * arc.arcPoint(kcDegree(start));
+  for (int k = 1; k <= n; ++k) {
+    const kcVector<2> to = xform * arc.arcPoint(kcDegree(start + k * step));
+    widen(minX, maxX, minY, maxY, to);
+    if (to == from) throw kcShapesError::DegenerateShape();
+    chord(from, to);
+    from = to;
+  }
+}
+}  // namespace
+
+std::int32_t floorTol(double v) noexcept {
+  return saturated(std::floor((1.0 + std::copysign(kRoundTol, v)) * v));
+}
+
+std::int32_t ceilTol(double v) noexcept {
+  return saturated(std::ceil((1.0 - std::copysign(kRoundTol, v)) * v));
+}
+
+int kfArcChords(const kcDegree& span) noexcept {
+  return static_cast<int>(std::trunc(std::fabs(span.toDouble() * kChordsPerDegree))) + 1;
+}
+
+void drawHorizontalExtentsPelBuf(Buffer buffer, const kc2SegmentLine& line, const kcXform<2>& xform,
+                                 signed char grey) {
+  markExtents(buffer, xform * line.p1(), xform * line.p2(), pelValue(grey));
+}
+
+void drawHorizontalExtentsPelBuf(Buffer buffer, const kc2SegmentArc& arc, const kcXform<2>& xform,
+                                 signed char grey, double* minX, double* maxX, double* minY, double* maxY) {
+  forEachChord(arc, xform, minX, maxX, minY, maxY, [&](const kcVector<2>& a, const kcVector<2>& b) {
+    markExtents(buffer, a, b, pelValue(grey));
+  });
+}
+
+void drawLinePelBuf(Buffer buffer, const kc2SegmentLine& line, const kcXform<2>& xform, signed char grey,
+                    signed char width) {
+  drawLine(buffer, xform * line.p1(), xform * line.p2(), pelValue(grey), width);
+}
+
+void drawArcPelBuf(Buffer buffer, const kc2SegmentArc& arc, const kcXform<2>& xform, signed char grey,
+                   signed char width, double* minX, double* maxX, double* minY, double* maxY) {
+  forEachChord(arc, xform, minX, maxX, minY, maxY, [&](const kcVector<2>& a, const kcVector<2>& b) {
+    drawLine(buffer, a, b, pelValue(grey), width);
+  });
+}

@@ -1,0 +1,63 @@
+// Rasterisers: wireframe segments written into 8-bit pel buffers.
+//
+// Every function takes the buffer by value (a kcPelBuffer is a handle: the
+// writes land in the caller's pels), a segment in client coordinates and a
+// transform from client coordinates to the buffer's pel coordinates (the
+// window coordinates kcPelBuffer::put takes). Pels outside the window are
+// not written; nothing is clipped beforehand.
+//
+// Pel (x, y) covers [x, x + 1) x [y, y + 1); its centre is (x + 0.5, y + 0.5).
+// Rounding goes through floorTol and ceilTol, so that a coordinate a hair
+// off a whole number counts as that number.
+//
+// Horizontal extents mark, per pel row, where an edge crosses the row's
+// centre: the marks of a closed outline come in pairs along each row, and a
+// fill sets the pels between them. A line marks one pel in every row whose
+// centre lies within its vertical extent (two pels, its ends, when that is
+// one row); an arc is cut into chords of at most 5 degrees, each marked like
+// a line.
+//
+// Outlines (drawLinePelBuf, drawArcPelBuf) are thin 8-connected pel lines:
+// along the line's major axis every pel column (or row) whose centre lies
+// within the line's extent gets the pel holding the line's point at that
+// centre, and the two pels holding the end points are set as well, so a
+// line shorter than a pel still shows. The second 8-bit argument is the pen
+// width in pels: each pel is widened across the major axis to that many pels
+// (the extra pel of an even width on the side of larger coordinates); 1 and
+// anything below draw the thin line.
+//
+// Arcs are cut into n = trunc(|span| / 5 degrees) + 1 equal chords of the
+// mapped arc, measured in client space. The bounds (each may be null) are
+// widened by the chord end points only, not by the arc's start point; the
+// chords may miss the arc by the sagitta of a 5-degree chord.
+//
+// Coincident end points of a line, or of a chord, are
+// kcShapesError::DegenerateShape.
+#pragma once
+
+#include <cstdint>
+
+#include "dispc/wrfm/arc.h"
+#include "dispc/wrfm/lineseg.h"
+#include "foundation/angle.h"
+#include "foundation/pelbuffer.h"
+#include "foundation/xform.h"
+
+// floor((1 + copysign(1e-11, v)) v) and ceil((1 - copysign(1e-11, v)) v),
+// saturated to the 32-bit range (NaN gives the lowest value).
+[[nodiscard]] std::int32_t floorTol(double v) noexcept;
+[[nodiscard]] std::int32_t ceilTol(double v) noexcept;
+
+// How many chords the rasterisers cut an arc of the given sweep into.
+[[nodiscard]] int kfArcChords(const kcDegree& span) noexcept;
+
+void drawHorizontalExtentsPelBuf(kcPelBuffer<unsigned char> buffer, const kc2SegmentLine& line,
+                                 const kcXform<2>& xform, signed char grey);
+void drawHorizontalExtentsPelBuf(kcPelBuffer<unsigned char> buffer, const kc2SegmentArc& arc,
+                                 const kcXform<2>& xform, signed char grey, double* minX, double* maxX,
+                                 double* minY, double* maxY);
+void drawLinePelBuf(kcPelBuffer<unsigned char> buffer, const kc2SegmentLine& line, const kcXform<2>& xform,
+                    signed char grey, signed char width);
+void drawArcPelBuf(kcPelBuffer<unsigned char> buffer, const kc2SegmentArc& arc, const kcXform<2>& xform,
+                   signed char grey, signed char width, double* minX, double* maxX, double* minY,
+                   double* maxY);
