@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "dispc/smd/polyindex_p.h"
+#include "dispc/smd/polyprivate.h"
 #include "dispc/uierror.h"
 
 namespace {
@@ -586,12 +587,12 @@ kcSMDGDPoly operator*(const kc2Rigid& r, const kcSMDGDPoly& p) {
 
 // --- drawing ---
 
-// Outlines and synthetic images of SMD descriptions come with the tablet and
-// the rasterisers they draw through.
+// Outlines come with the tablet they draw on.
 void kcSMDGDPoly::drawWireframe(const kcXform<2>&, kcUITablet&) const { throw kcUIError::NotImplemented(); }
 
-void kcSMDGDPoly::drawSynthetic(const kcXform<2>&, kcPelBuffer<unsigned char>&) const {
-  throw kcUIError::NotImplemented();
+void kcSMDGDPoly::drawSynthetic(const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer) const {
+  kcSMDGDPolyPrivate::drawSynthetic(
+      *this, xform, pelBuffer, kcSMDColors::colorToGrayScale(colors_.syntheticDefaultColor()), true, true);
 }
 
 // --- archive ---

@@ -124,6 +124,17 @@ class kcSMDGDPolyPrivate : public kcSMDGDPoly {
   // The poly as a wireframe that carries it: its data, identity transform.
   [[nodiscard]] static kc2Wireframe wireframe(const kcSMDGDPoly& p);
 
+  // --- drawing ---
+  // The synthetic image of p, mapped by the buffer's imageFromClientXform()
+  // after xform, in grey: the even-odd fill of the rounded outline (see
+  // kfFillPelBuf), then, with outline, its pieces as thin pel lines in the
+  // same grey (drawLinePelBuf, drawArcPelBuf), so that features thinner than
+  // a pel still show. An open poly is not filled with fillClosedOnly;
+  // without it, it is filled as if a straight segment closed it.
+  static void drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& xform,
+                            kcPelBuffer<unsigned char>& pelBuffer, unsigned char grey, bool fillClosedOnly,
+                            bool outline);
+
   // --- dimensions ---
   // Scale type to tolerance kind: 0 -> limits, 1 -> offsets, 2 ->
   // percentages, anything else -> offsets.

@@ -846,3 +846,17 @@ void kcGenPoly::transferBody_(kcArchive& ar) {
   xform_ = x;
   editable_ = editable;
 }
+
+// --- synthetic images ---
+
+void kfDrawSynthetic(const kcGenPoly& poly, const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer,
+                     unsigned char grey) {
+  if (poly.isOpen()) throw kcShapesError::BadGeom();
+  kcSMDGDPolyPrivate::drawSynthetic(poly.polygonData(), xform * poly.xform(), pelBuffer, grey, true, true);
+}
+
+void kfDrawSynthetic(const kcGenPoly& poly, const kcPtrHandle_const<kc2XformBase>& xform,
+                     kcPelBuffer<unsigned char>& pelBuffer, unsigned char grey) {
+  if (xform.isNull()) throw kcBadPointer();
+  kfDrawSynthetic(poly, xform->linearXform(), pelBuffer, grey);
+}

@@ -83,6 +83,7 @@
 
 #include "dispc/smd/poly.h"
 #include "foundation/angle.h"
+#include "foundation/pelbuffer.h"
 #include "foundation/rigid.h"
 #include "foundation/shapes/annulus.h"
 #include "foundation/shapes/circle.h"
@@ -298,3 +299,12 @@ class kcGenPoly : public kcShape {
   bool editable_ = true;
   kcXform<2> xform_;
 };
+
+// The synthetic image of a closed polygon (its outline filled, then drawn,
+// in grey) mapped by xform, then the polygon's own transform, then the
+// buffer's imageFromClientXform(). kcShapesError::BadGeom for an open one.
+void kfDrawSynthetic(const kcGenPoly& poly, const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer,
+                     unsigned char grey);
+// The same through a shared transform; kcBadPointer for an empty handle.
+void kfDrawSynthetic(const kcGenPoly& poly, const kcPtrHandle_const<kc2XformBase>& xform,
+                     kcPelBuffer<unsigned char>& pelBuffer, unsigned char grey);

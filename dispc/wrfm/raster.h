@@ -36,6 +36,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "dispc/wrfm/arc.h"
 #include "dispc/wrfm/lineseg.h"
@@ -61,3 +62,14 @@ void drawLinePelBuf(kcPelBuffer<unsigned char> buffer, const kc2SegmentLine& lin
 void drawArcPelBuf(kcPelBuffer<unsigned char> buffer, const kc2SegmentArc& arc, const kcXform<2>& xform,
                    signed char grey, signed char width, double* minX, double* maxX, double* minY,
                    double* maxY);
+
+// Fills closed outlines made of the lines and arcs (in client space, in any
+// order, several outlines at once): every pel whose centre lies inside by
+// the even-odd rule gets grey. Rows are sampled at their centres; a pel
+// whose centre lies on the outline is inside on the outline's left or upper
+// side and outside on its right or lower side (centres within 1e-11 of a
+// whole number's scale of a crossing count as on it), so outlines that share
+// an edge set every pel along it exactly once. Arcs fill as arcs, not as
+// chords. One edge table is built; nothing is allocated per row.
+void kfFillPelBuf(kcPelBuffer<unsigned char> buffer, std::span<const kc2SegmentLine> lines,
+                  std::span<const kc2SegmentArc> arcs, const kcXform<2>& xform, unsigned char grey);
