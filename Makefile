@@ -12,10 +12,10 @@ PREFIX ?= /usr/local
 CXX := g++
 JOBS ?= 2
 
-SOURCE_DIRS := foundation dispc tests bench fuzz examples
+SOURCE_DIRS := foundation dispc imageio tests bench fuzz examples
 
 # Debian packages the build needs; a command name is tested where there is one.
-DEB_PACKAGES := cmake ninja-build g++ clang pkgconf libgtest-dev libgmock-dev libbenchmark-dev
+DEB_PACKAGES := cmake ninja-build g++ clang pkgconf libgtest-dev libgmock-dev libbenchmark-dev libpng-dev
 
 export UBSAN_OPTIONS ?= print_stacktrace=1
 

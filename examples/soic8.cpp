@@ -1,13 +1,16 @@
 // An SOIC-8 package described as an SMD model: the moulded body and eight
 // gull-wing leads, each outline with the length tolerances of the package
-// drawing. The program validates it, prints a summary, flips it, stores it,
-// reads it back, and shows an edit being refused. Exits 1 when a check fails.
-//   soic8 [archive file]
+// drawing. The program validates it, prints a summary, draws its synthetic
+// image into a PNG file, flips it, stores it, reads it back, and shows an
+// edit being refused. Exits 1 when a check fails.
+//   soic8 [archive file]     (the image goes beside it, as .png)
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "dispc/dispc.h"
+#include "imageio/imageio.h"
 
 namespace {
 
@@ -27,6 +30,8 @@ kcSMDGDPoly body() {
   const kcDimTol width(kBodyWidth, 0.1, 0.1, kcDimTol::eOffsets);
   const kcDimTol length(kBodyLength, 0.1, 0.1, kcDimTol::eOffsets);
   kcSMDGDPoly p(L"body");
+  // Seen from above: a dark moulded body on a black background.
+  p.colors(kcSMDColors(kcColor::green, kcColor::dkGrey, kcColor::black));
   p << corner(-x, -y, 0, length, kBodyCorner) << corner(x, -y, 0, width, kBodyCorner)
     << corner(x, y, 0, length, kBodyCorner) << corner(-x, y, 0, width, kBodyCorner);
   p.close();
@@ -43,6 +48,7 @@ kcSMDGDPoly lead(int pin) {
   const kcDimTol length((kSpan - kBodyWidth) / 2, 0.1, 0.1, kcDimTol::eOffsets);
   const kcDimTol width(kLeadWidth, 0.31, 0.51, kcDimTol::eLimits);
   kcSMDGDPoly p(L"pin " + std::to_wstring(pin));
+  p.colors(kcSMDColors(kcColor::green, kcColor::white, kcColor::black));  // bright tinned leads
   p << corner(x0, yc - w, pin, width) << corner(x1, yc - w, pin, length) << corner(x1, yc + w, pin, width)
     << corner(x0, yc + w, pin, length);
   p.close();
@@ -89,6 +95,24 @@ int main(int argc, char** argv) {
   std::printf("\n");
   check(soic.polysOutOfTolerance(larger, kcXform<2>()) == std::vector<long>{0},
         "only the body out of tolerance");
+
+  // The synthetic image a pattern-matching tool trains on: 100 pels per mm,
+  // y up, the device in the middle of a 700 x 600 image.
+  constexpr double kPelsPerMm = 100.0;
+  kcPelBuffer<unsigned char> image(700, 600);
+  image.fill(kcSMDColors::colorToGrayScale(kcColor::black));
+  image.imageFromClientXform(kcXform<2>(kcMatrix<2>::scale(kPelsPerMm, -kPelsPerMm), kcVector<2>(350, 300)));
+  soic.drawSynthetic(kcXform<2>(), image);
+  const std::string png = std::filesystem::path(path).replace_extension(".png").string();
+  try {
+    kfWritePng(image, png);
+    std::printf("  synthetic image (700 x 600 pels, %g per mm) written to %s\n", kPelsPerMm, png.c_str());
+  } catch (const kcException& e) {
+    std::printf("  %s\n", e.what());
+    return 1;
+  }
+  check(image.get(350, 300) == 50 && image.get(50, 300 - 191) == 250 && image.get(5, 5) == 5,
+        "body, pin 1 and background in their greys");
 
   // Seen from below: pin 1 moves to the right-hand side.
   const kcSMDGDModel bottom = soic.flip();
