@@ -70,8 +70,9 @@ demo: deps
 	cmake --build --preset dev -j $(JOBS) --target soic8
 	$(CURDIR)/build/dev/examples/soic8
 
-# Peer libraries the benchmarks measure against (Boost.Geometry, headers only).
-bench: DEB_PACKAGES += libboost-dev
+# Peer libraries the benchmarks measure against (Boost.Geometry, headers only;
+# OpenCV's polygon fill).
+bench: DEB_PACKAGES += libboost-dev libopencv-dev
 bench: deps
 	CXX=$(CXX) cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target bench

@@ -1,4 +1,5 @@
 // Drawing SMD polys: synthetic grey images through the rasterisers.
+#include <cmath>
 #include <variant>
 #include <vector>
 
@@ -19,11 +20,6 @@ void kcSMDGDPolyPrivate::drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& x
   const kcXform<2> toPels =
       kcXform<2>(kcMatrix<2>(), kcVector<2>(-pelBuffer.offsetX(), -pelBuffer.offsetY())) *
       pelBuffer.imageFromClientXform() * xform;
-  const kcRect box = p.boundingBox(toPels);
-  if (box.xMax() < 0.0 || box.yMax() < 0.0 || box.xMin() > pelBuffer.width() ||
-      box.yMin() > pelBuffer.height())
-    return;
-
   std::vector<kc2SegmentLine> lines;
   std::vector<kc2SegmentArc> arcs;
   for (kcSMDPiece_& piece : kfOutlinePieces_(p)) {
@@ -32,6 +28,22 @@ void kcSMDGDPolyPrivate::drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& x
     else
       arcs.push_back(std::get<kc2SegmentArc>(piece));
   }
+  // A box that holds the mapped outline (an arc's whole mapped circle):
+  // nothing is drawn when it misses the window.
+  const kcMatrix<2>& m = toPels.matrix();
+  const double reachX = std::hypot(m.element(0, 0), m.element(0, 1));
+  const double reachY = std::hypot(m.element(1, 0), m.element(1, 1));
+  kcRect box;
+  box.enclose(toPels * p.vertices_.front().point()).enclose(toPels * p.vertices_.back().point());
+  for (const kc2SegmentLine& l : lines) box.enclose(toPels * l.p1()).enclose(toPels * l.p2());
+  for (const kc2SegmentArc& a : arcs) {
+    const kcVector<2> c = toPels * a.center_();
+    const kcVector<2> reach(a.radius_() * reachX, a.radius_() * reachY);
+    box.enclose(c - reach).enclose(c + reach);
+  }
+  if (box.xMax() < 0.0 || box.yMax() < 0.0 || box.xMin() > pelBuffer.width() ||
+      box.yMin() > pelBuffer.height())
+    return;
   if (!(fillClosedOnly && p.open_)) {
     std::vector<kc2SegmentLine> closed = lines;
     const kcVector<2>& first = p.vertices_.front().point();

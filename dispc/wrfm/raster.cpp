@@ -6,23 +6,13 @@
 #include <utility>
 
 namespace {
-// Relative tolerance of floorTol and ceilTol.
-constexpr double kRoundTol = 1e-11;
 // Arcs are cut into chords of at most this many degrees.
 constexpr double kChordsPerDegree = 0.2;
+constexpr double kPerDegree = 0.017453292519943295;
 
 using Buffer = kcPelBuffer<unsigned char>;
 
 unsigned char pelValue(signed char v) noexcept { return static_cast<unsigned char>(v); }
-
-// A whole number as a 32-bit one, saturated (NaN gives the lowest).
-std::int32_t saturated(double v) noexcept {
-  constexpr double lo = std::numeric_limits<std::int32_t>::min();
-  constexpr double hi = std::numeric_limits<std::int32_t>::max();
-  if (!(v > lo)) return std::numeric_limits<std::int32_t>::min();
-  if (!(v < hi)) return std::numeric_limits<std::int32_t>::max();
-  return static_cast<std::int32_t>(v);
-}
 
 // Rows or columns first..last cut to the window's 0..size - 1: the others
 // would write nothing, and a far-off segment must not cost a loop over them.
@@ -60,15 +50,15 @@ void markExtents(Buffer& buffer, kcVector<2> a, kcVector<2> b, unsigned char gre
 void drawLine(Buffer& buffer, const kcVector<2>& a, const kcVector<2>& b, unsigned char grey, int width) {
   if (a == b) throw kcShapesError::DegenerateShape();
   const bool alongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
-  const int before = (std::max(width, 1) - 1) / 2;
-  const int after = std::max(width, 1) - 1 - before;
+  const long before = (std::max(width, 1) - 1) / 2;
+  const long after = std::max(width, 1) - 1 - before;
   // major, minor: the pel's coordinates along and across the major axis.
   auto put = [&](long major, long minor) {
-    for (long k = -before; k <= after; ++k) {
+    for (long k = minor - before; k <= minor + after; ++k) {
       if (alongX)
-        buffer.put(major, minor + k, grey);
+        buffer.put(major, k, grey);
       else
-        buffer.put(minor + k, major, grey);
+        buffer.put(k, major, grey);
     }
   };
   const double a0 = alongX ? a.x() : a.y(), a1 = alongX ? a.y() : a.x();
@@ -86,13 +76,27 @@ void drawLine(Buffer& buffer, const kcVector<2>& a, const kcVector<2>& b, unsign
 template <class Chord>
 void forEachChord(const kc2SegmentArc& arc, const kcXform<2>& xform, double* minX, double* maxX, double* minY,
                   double* maxY, Chord&& chord) {
-  const double start = arc.startAngle().toDouble();
-  const double span = arc.angleSpan().toDouble();
+  const bool plain = arc.xform().isIdentity();
+  const double start = (plain ? arc.startAngle_() : arc.startAngle()).toDouble();
+  const double span = (plain ? arc.angleSpan_() : arc.angleSpan()).toDouble();
   const int n = kfArcChords(kcDegree(span));
   const double step = span / n;
-  kcVector<2> from = xform * arc.arcPoint(kcDegree(start));
+  // An arc in client space (the poly's) steps round its circle by turning the
+  // radius vector: plain arithmetic, the same on every machine, and no
+  // inverse mapping of angles.
+  const kcVector<2> centre = arc.center_();
+  kcVector<2> radius = arc.arcPoint_(kcDegree(start)) - centre;
+  const double c = std::cos(step * kPerDegree), s = std::sin(step * kPerDegree);
+  kcVector<2> from = xform * (plain ? centre + radius : arc.arcPoint(kcDegree(start)));
   for (int k = 1; k <= n; ++k) {
-    const kcVector<2> to = xform * arc.arcPoint(kcDegree(start + k * step));
+    kcVector<2> on;
+    if (plain) {
+      radius = kcVector<2>(c * radius.x() - s * radius.y(), s * radius.x() + c * radius.y());
+      on = k == n ? arc.p2_() : centre + radius;
+    } else {
+      on = arc.arcPoint(kcDegree(start + k * step));
+    }
+    const kcVector<2> to = xform * on;
     widen(minX, maxX, minY, maxY, to);
     if (to == from) throw kcShapesError::DegenerateShape();
     chord(from, to);
@@ -100,14 +104,6 @@ void forEachChord(const kc2SegmentArc& arc, const kcXform<2>& xform, double* min
   }
 }
 }  // namespace
-
-std::int32_t floorTol(double v) noexcept {
-  return saturated(std::floor((1.0 + std::copysign(kRoundTol, v)) * v));
-}
-
-std::int32_t ceilTol(double v) noexcept {
-  return saturated(std::ceil((1.0 - std::copysign(kRoundTol, v)) * v));
-}
 
 int kfArcChords(const kcDegree& span) noexcept {
   return static_cast<int>(std::trunc(std::fabs(span.toDouble() * kChordsPerDegree))) + 1;

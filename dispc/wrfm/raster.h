@@ -35,7 +35,9 @@
 // kcShapesError::DegenerateShape.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "dispc/wrfm/arc.h"
@@ -44,10 +46,32 @@
 #include "foundation/pelbuffer.h"
 #include "foundation/xform.h"
 
+namespace kcRaster_ {
+inline constexpr double kRoundTol = 1e-11;
+// floor (up false) or ceil (up true) of v as a 32-bit number, saturated (NaN
+// gives the lowest). Truncation and one compare instead of a call to
+// floor(), which the base instruction set does not have.
+[[nodiscard]] inline std::int32_t rounded(double v, bool up) noexcept {
+  constexpr double lo = std::numeric_limits<std::int32_t>::min();
+  constexpr double hi = std::numeric_limits<std::int32_t>::max();
+  if (!(v > lo)) return std::numeric_limits<std::int32_t>::min();
+  if (!(v < hi)) return std::numeric_limits<std::int32_t>::max();
+  const auto i = static_cast<std::int32_t>(v);
+  const double back = static_cast<double>(i);
+  if (up) return i + (back < v);
+  return i - (back > v);
+}
+}  // namespace kcRaster_
+
 // floor((1 + copysign(1e-11, v)) v) and ceil((1 - copysign(1e-11, v)) v),
-// saturated to the 32-bit range (NaN gives the lowest value).
-[[nodiscard]] std::int32_t floorTol(double v) noexcept;
-[[nodiscard]] std::int32_t ceilTol(double v) noexcept;
+// saturated to the 32-bit range (NaN gives the lowest value). Inline: the
+// fill calls them for every edge in every row.
+[[nodiscard]] inline std::int32_t floorTol(double v) noexcept {
+  return kcRaster_::rounded((1.0 + std::copysign(kcRaster_::kRoundTol, v)) * v, false);
+}
+[[nodiscard]] inline std::int32_t ceilTol(double v) noexcept {
+  return kcRaster_::rounded((1.0 - std::copysign(kcRaster_::kRoundTol, v)) * v, true);
+}
 
 // How many chords the rasterisers cut an arc of the given sweep into.
 [[nodiscard]] int kfArcChords(const kcDegree& span) noexcept;

@@ -21,16 +21,15 @@ struct Edge {
   std::int32_t last = -1;
   bool arc = false;
   // A line: x = x0 + slope (yc - y0).
-  double x0 = 0, y0 = 0, slope = 0;
-  // An arc piece: centre (x0, y0), x = x0 + a cos t + b sin t, and the
-  // crossing of the row centre yc at t = base + acos(sign (yc - y0) / r).
-  double a = 0, b = 0, base = 0, sign = 1, r = 1;
+  // An arc piece, on the ellipse of centre (x0, y0) whose y reaches y0 +- sqrt(h):
+  // x = x0 + slope (yc - y0) + branch sqrt(h - (yc - y0)^2), the branch's
+  // sign that of the side of the ellipse the piece runs along.
+  double x0 = 0, y0 = 0, slope = 0, h = 0, branch = 0;
 
   [[nodiscard]] double crossing(double yc) const {
-    if (!arc) return x0 + slope * (yc - y0);
-    const double q = std::clamp(sign * (yc - y0) / r, -1.0, 1.0);
-    const double t = base + std::acos(q);
-    return x0 + a * std::cos(t) + b * std::sin(t);
+    const double dy = yc - y0;
+    if (!arc) return x0 + slope * dy;
+    return x0 + slope * dy + branch * std::sqrt(std::max(0.0, h - dy * dy));
   }
 };
 
@@ -53,42 +52,45 @@ void addLine(std::vector<Edge>& edges, kcVector<2> p, kcVector<2> q) {
   if (e.first <= e.last) edges.push_back(e);
 }
 
-// The arc mapped into pels, cut at the parameters where y turns.
+// The arc mapped into pels, cut at the parameters where y turns. On the
+// ellipse x = x0 + a cos t + b sin t, y = y0 + c cos t + d sin t a row's
+// two crossings are x0 + (ac + bd) dy / h +- |ad - bc| sqrt(h - dy^2) / h
+// with h = c^2 + d^2: one square root per crossing, exact in IEEE arithmetic.
 void addArc(std::vector<Edge>& edges, const kc2SegmentArc& arc, const kcXform<2>& toPels) {
   const kcXform<2> x = toPels * arc.xform();
   const kcMatrix<2>& m = x.matrix();
   const double radius = arc.radius_();
   const kcVector<2> centre = x * arc.center_();
+  const double a = radius * m.element(0, 0), b = radius * m.element(0, 1);
+  const double c = radius * m.element(1, 0), d = radius * m.element(1, 1);
   Edge e;
   e.arc = true;
   e.x0 = centre.x();
   e.y0 = centre.y();
-  e.a = radius * m.element(0, 0);
-  e.b = radius * m.element(0, 1);
-  const double c = radius * m.element(1, 0), d = radius * m.element(1, 1);
-  // y = y0 + r cos(t - phi): y turns at phi + k pi.
-  e.r = std::hypot(c, d);
+  e.h = c * c + d * d;
+  e.slope = (a * c + b * d) / e.h;
+  const double across = std::fabs(a * d - b * c) / e.h;
+  // y = y0 + sqrt(h) cos(t - phi) turns at phi + k pi.
   const double phi = std::atan2(d, c);
   const double s = arc.startAngle_().toDouble() * kPerDegree;
   const double span = arc.angleSpan_().toDouble() * kPerDegree;
   const double lo = std::min(s, s + span), hi = std::max(s, s + span);
-  auto yAt = [&](double t) { return e.y0 + c * std::cos(t) + d * std::sin(t); };
-  double from = lo;
-  while (from < hi) {
-    // Within [phi + k pi, phi + (k + 1) pi] y runs one way; t = phi + k pi +
-    // acos(+-(yc - y0) / r), the sign that of cos(k pi).
+  auto at = [&](double t) {
+    return kcVector<2>(e.x0 + a * std::cos(t) + b * std::sin(t), e.y0 + c * std::cos(t) + d * std::sin(t));
+  };
+  for (double from = lo; from < hi;) {
     const double k = std::floor((from - phi) / std::numbers::pi);
     const double to = std::min(hi, phi + (k + 1) * std::numbers::pi);
     if (to > from) {
       Edge piece = e;
-      piece.base = phi + k * std::numbers::pi;
-      piece.sign = std::fmod(k, 2.0) == 0.0 ? 1.0 : -1.0;
-      const double y1 = yAt(from), y2 = yAt(to);
+      // The side is that of the piece's middle, away from both turning points.
+      const kcVector<2> middle = at((from + to) / 2);
+      piece.branch = middle.x() - (e.x0 + e.slope * (middle.y() - e.y0)) >= 0.0 ? across : -across;
+      const double y1 = at(from).y(), y2 = at(to).y();
       setRows(piece, std::min(y1, y2), std::max(y1, y2));
       if (piece.first <= piece.last) edges.push_back(piece);
     }
     from = to;
-    if (to == hi) break;
   }
 }
 }  // namespace
@@ -96,13 +98,30 @@ void addArc(std::vector<Edge>& edges, const kc2SegmentArc& arc, const kcXform<2>
 void kfFillPelBuf(kcPelBuffer<unsigned char> buffer, std::span<const kc2SegmentLine> lines,
                   std::span<const kc2SegmentArc> arcs, const kcXform<2>& xform, unsigned char grey) {
   if (buffer.width() <= 0 || buffer.height() <= 0) return;
-  std::vector<Edge> edges;
-  edges.reserve(lines.size() + 3 * arcs.size());
-  for (const kc2SegmentLine& l : lines) addLine(edges, xform * l.p1(), xform * l.p2());
-  for (const kc2SegmentArc& a : arcs) addArc(edges, a, xform);
-  std::sort(edges.begin(), edges.end(), [](const Edge& p, const Edge& q) { return p.first < q.first; });
+  std::vector<Edge> all;
+  all.reserve(lines.size() + 3 * arcs.size());
+  for (const kc2SegmentLine& l : lines) addLine(all, xform * l.p1(), xform * l.p2());
+  for (const kc2SegmentArc& a : arcs) addArc(all, a, xform);
 
+  // The edges that meet the window, in order of their first row: a counting
+  // sort over the rows they start in, linear where a comparison sort of
+  // thousands of edges would cost more than filling their rows.
   const std::int32_t height = static_cast<std::int32_t>(buffer.height());
+  std::int32_t top = height, bottom = -1;
+  for (const Edge& e : all)
+    if (e.last >= 0 && e.first < height) {
+      top = std::min(top, std::max<std::int32_t>(e.first, 0));
+      bottom = std::max(bottom, e.first);
+    }
+  if (bottom < top) return;
+  std::vector<std::uint32_t> starts(static_cast<std::size_t>(bottom - top) + 2, 0);
+  for (const Edge& e : all)
+    if (e.last >= 0 && e.first < height) ++starts[std::max(e.first, top) - top + 1];
+  for (std::size_t r = 1; r < starts.size(); ++r) starts[r] += starts[r - 1];
+  std::vector<Edge> edges(starts.back());
+  for (const Edge& e : all)
+    if (e.last >= 0 && e.first < height) edges[starts[std::max(e.first, top) - top]++] = e;
+
   const long width = buffer.width();
   std::vector<const Edge*> active;
   std::vector<double> xs;
