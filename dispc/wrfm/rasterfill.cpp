@@ -110,8 +110,9 @@ void kfFillPelBuf(kcPelBuffer<unsigned char> buffer, std::span<const kc2SegmentL
   std::int32_t top = height, bottom = -1;
   for (const Edge& e : all)
     if (e.last >= 0 && e.first < height) {
+      // Edges that start above the window count from its first row.
       top = std::min(top, std::max<std::int32_t>(e.first, 0));
-      bottom = std::max(bottom, e.first);
+      bottom = std::max(bottom, std::max<std::int32_t>(e.first, 0));
     }
   if (bottom < top) return;
   std::vector<std::uint32_t> starts(static_cast<std::size_t>(bottom - top) + 2, 0);

@@ -153,6 +153,11 @@ TEST(RasterFill, OnlyTheWindowIsWritten) {
   EXPECT_EQ(count(image), 5 * 4);
   for (long y = 12; y < 16; ++y)
     for (long x = 10; x < 15; ++x) EXPECT_EQ(image.get(x, y), kGrey);
+  // One that reaches in over the window's top left corner.
+  Buffer other = Buffer(40, 40).window(10, 10, 10, 10);
+  kfFillPelBuf(other, box(-5, -5, 3, 2), {}, kIdentity, kGrey);
+  EXPECT_EQ(count(other), 3 * 2);
+  EXPECT_EQ(other.get(2, 1), kGrey);
   // An empty window, and nothing to fill, are fine.
   kfFillPelBuf(image.window(0, 0, 0, 0), box(0, 0, 5, 5), {}, kIdentity, kGrey);
   kfFillPelBuf(image, {}, {}, kIdentity, kGrey);
