@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <utility>
 
@@ -46,8 +47,29 @@ void markExtents(Buffer& buffer, kcVector<2> a, kcVector<2> b, unsigned char gre
   for (std::int32_t r = from; r <= to; ++r) buffer.put(floorTol((r + 0.5 - a.y()) * slope + a.x()), r, grey);
 }
 
+// The window's pels addressed directly: put() checks and finds its pel on
+// every call, which costs more than the line itself.
+class Pels {
+ public:
+  explicit Pels(Buffer& b) : width_(b.width()), height_(b.height()) {
+    if (width_ <= 0 || height_ <= 0) return;
+    origin_ = b.row(0);
+    stride_ = height_ > 1 ? b.row(1) - origin_ : 0;
+  }
+  void put(long x, long y, unsigned char v) const noexcept {
+    if (x >= 0 && x < width_ && y >= 0 && y < height_) origin_[y * stride_ + x] = v;
+  }
+  [[nodiscard]] long width() const noexcept { return width_; }
+  [[nodiscard]] long height() const noexcept { return height_; }
+
+ private:
+  long width_, height_;
+  unsigned char* origin_ = nullptr;
+  std::ptrdiff_t stride_ = 0;
+};
+
 // The thin line a-b (pel coordinates) widened across its major axis.
-void drawLine(Buffer& buffer, const kcVector<2>& a, const kcVector<2>& b, unsigned char grey, int width) {
+void drawLine(const Pels& pels, const kcVector<2>& a, const kcVector<2>& b, unsigned char grey, int width) {
   if (a == b) throw kcShapesError::DegenerateShape();
   const bool alongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
   const long before = (std::max(width, 1) - 1) / 2;
@@ -56,16 +78,16 @@ void drawLine(Buffer& buffer, const kcVector<2>& a, const kcVector<2>& b, unsign
   auto put = [&](long major, long minor) {
     for (long k = minor - before; k <= minor + after; ++k) {
       if (alongX)
-        buffer.put(major, k, grey);
+        pels.put(major, k, grey);
       else
-        buffer.put(k, major, grey);
+        pels.put(k, major, grey);
     }
   };
   const double a0 = alongX ? a.x() : a.y(), a1 = alongX ? a.y() : a.x();
   const double b0 = alongX ? b.x() : b.y(), b1 = alongX ? b.y() : b.x();
   const double slope = (b1 - a1) / (b0 - a0);
   const auto [first, last] = within(ceilTol(std::min(a0, b0) - 0.5), floorTol(std::max(a0, b0) - 0.5),
-                                    alongX ? buffer.width() : buffer.height());
+                                    alongX ? pels.width() : pels.height());
   for (std::int32_t m = first; m <= last; ++m) put(m, floorTol((m + 0.5 - a0) * slope + a1));
   put(floorTol(a0), floorTol(a1));
   put(floorTol(b0), floorTol(b1));
@@ -123,12 +145,13 @@ void drawHorizontalExtentsPelBuf(Buffer buffer, const kc2SegmentArc& arc, const 
 
 void drawLinePelBuf(Buffer buffer, const kc2SegmentLine& line, const kcXform<2>& xform, signed char grey,
                     signed char width) {
-  drawLine(buffer, xform * line.p1(), xform * line.p2(), pelValue(grey), width);
+  drawLine(Pels(buffer), xform * line.p1(), xform * line.p2(), pelValue(grey), width);
 }
 
 void drawArcPelBuf(Buffer buffer, const kc2SegmentArc& arc, const kcXform<2>& xform, signed char grey,
                    signed char width, double* minX, double* maxX, double* minY, double* maxY) {
+  const Pels pels(buffer);
   forEachChord(arc, xform, minX, maxX, minY, maxY, [&](const kcVector<2>& a, const kcVector<2>& b) {
-    drawLine(buffer, a, b, pelValue(grey), width);
+    drawLine(pels, a, b, pelValue(grey), width);
   });
 }

@@ -7,6 +7,7 @@
 // and each row's crossing is solved for t.
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
 #include <vector>
 
@@ -127,10 +128,19 @@ void kfFillPelBuf(kcPelBuffer<unsigned char> buffer, std::span<const kc2SegmentL
   std::vector<const Edge*> active;
   std::vector<double> xs;
   std::size_t next = 0;
+  std::int32_t ends = std::numeric_limits<std::int32_t>::max();  // the first row an active edge ends after
   std::int32_t row = edges.empty() ? height : std::max<std::int32_t>(edges.front().first, 0);
   for (; row < height; ++row) {
-    while (next < edges.size() && edges[next].first <= row) active.push_back(&edges[next++]);
-    std::erase_if(active, [row](const Edge* e) { return e->last < row; });
+    while (next < edges.size() && edges[next].first <= row) {
+      active.push_back(&edges[next]);
+      ends = std::min(ends, edges[next++].last);
+    }
+    // Edges leave only at the rows where one ends.
+    if (row > ends) {
+      std::erase_if(active, [row](const Edge* e) { return e->last < row; });
+      ends = std::numeric_limits<std::int32_t>::max();
+      for (const Edge* e : active) ends = std::min(ends, e->last);
+    }
     if (active.empty()) {
       if (next == edges.size()) break;
       continue;
