@@ -419,29 +419,28 @@ void kcGenPoly::deleteVertex(long i) {
   guarded_([&] { poly_.deleteVertex(dataVertex_(i)); });
 }
 
+namespace {
+// Vertex v of the data with a new point and radius (and span, when given),
+// written back and validated.
+void replaceAt(kcSMDGDPoly& data, int v, const kcVector<2>& pt, double roundingSize, const kcRadian* span) {
+  Vertex copy = data.vertex(v, false);
+  copy.point(pt);
+  copy.vertexRadius(roundingSize);
+  if (span) copy.segmentAngleSpan(kcDegree(*span));
+  data.replaceVertex(v, copy);
+}
+}  // namespace
+
 void kcGenPoly::replaceVertex(long i, const kcVector<2>& pt, double roundingSize) {
   checkEditable_();
   mutating_();
-  guarded_([&] {
-    const int v = dataVertex_(i);
-    Vertex copy = poly_.vertex(v, false);
-    copy.point(pt);
-    copy.vertexRadius(roundingSize);
-    poly_.replaceVertex(v, copy);
-  });
+  guarded_([&] { replaceAt(poly_, dataVertex_(i), pt, roundingSize, nullptr); });
 }
 
 void kcGenPoly::replaceVertex(long i, const kcVector<2>& pt, double roundingSize, const kcRadian& span) {
   checkEditable_();
   mutating_();
-  guarded_([&] {
-    const int v = dataVertex_(i);
-    Vertex copy = poly_.vertex(v, false);
-    copy.point(pt);
-    copy.vertexRadius(roundingSize);
-    copy.segmentAngleSpan(kcDegree(span));
-    poly_.replaceVertex(v, copy);
-  });
+  guarded_([&] { replaceAt(poly_, dataVertex_(i), pt, roundingSize, &span); });
 }
 
 void kcGenPoly::vertexPoint(long i, const kcVector<2>& pt) {
