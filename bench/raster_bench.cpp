@@ -91,6 +91,19 @@ void BM_Dispc(benchmark::State& state) {
 }
 BENCHMARK(BM_Dispc)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 
+// The fill alone, without the outline pels.
+void BM_DispcFillOnly(benchmark::State& state) {
+  const Scene s = scene(static_cast<int>(state.range(0)));
+  Buffer b(s.width, s.height);
+  for (auto _ : state) {
+    for (const kcSMDGDPoly& p : s.model.polys())
+      kcSMDGDPolyPrivate::drawSynthetic(p, kcXform<2>(), b, 150, true, false);
+    benchmark::DoNotOptimize(b.row(0));
+  }
+  rate(state, covered(s));
+}
+BENCHMARK(BM_DispcFillOnly)->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
+
 void BM_Memset(benchmark::State& state) {
   const Scene s = scene(static_cast<int>(state.range(0)));
   Buffer b(s.width, s.height);

@@ -1,59 +1,141 @@
 // Drawing SMD polys: synthetic grey images through the rasterisers.
+//
+// The outline is read straight from the poly's rounding caches (the tangent
+// points and sweeps), not rebuilt as segment objects: a rounding arc's centre
+// lies one radius from its start point, square to the incoming segment, and
+// each piece starts on the very point where the one before it ended, so the
+// fill's edges meet without a gap and the outline's pels at a joint are
+// found once.
+#include <algorithm>
 #include <cmath>
-#include <variant>
+#include <limits>
 #include <vector>
 
-#include "dispc/smd/polygeom_p.h"
 #include "dispc/smd/polyprivate.h"
 #include "dispc/wrfm/raster.h"
+#include "dispc/wrfm/raster_p.h"
 
 namespace {
-// The pen width of a synthetic outline: one pel.
-constexpr signed char kOutlineWidth = 1;
+using Poly = kcSMDGDPoly;
+using P = kcSMDGDPolyPrivate;
+using V = kcVector<2>;
+
+V leftNormal(const V& v) noexcept { return V(-v.y(), v.x()); }
+
+// v / |v|; hypot only where the squares would leave the range of doubles.
+V unit(const V& v) noexcept {
+  const double q = v.x() * v.x() + v.y() * v.y();
+  const double length = q > 1e-300 && q < 1e300 ? std::sqrt(q) : std::hypot(v.x(), v.y());
+  return v / length;
+}
+
+// The centre of vertex v's rounding arc: from the arc's start, one radius to
+// the side it turns to, square to the incoming segment's direction there.
+V roundingCentre(const Poly& p, int v, double radius, double span) {
+  const V& start = P::roundStart_(p, v);
+  V along;
+  if (P::isArcSegment_(p, v)) {
+    const kc2SegmentArc arc = P::arcSegment_(p, v);
+    along = leftNormal(start - arc.center_());
+    if (arc.angleSpan_().toDouble() < 0.0) along = -along;
+  } else {
+    along = p.vertices()[v].point() - p.vertices()[P::previousVertexIndex_(p, v)].point();
+  }
+  const V side = leftNormal(unit(along));
+  return span >= 0.0 ? start + radius * side : start - radius * side;
+}
+
+// Hands the pieces of the rounded outline, in order of travel, to
+// line(from, to) and arc(centre, radius, from, to, span in degrees).
+template <class Line, class Arc>
+void forEachPiece(const Poly& p, Line&& line, Arc&& arc) {
+  const int n = static_cast<int>(p.vertices().size());
+  for (int v = 0; v < n; ++v) {
+    const V& start = P::roundStart_(p, v);
+    const V& end = P::roundEnd_(p, v);
+    if (P::vertexIsRounded_(p, v) && P::roundSpan_(p, v) != 0.0 && start != end) {
+      const double radius = std::fabs(p.vertices()[v].vertexRadius());
+      const double span = P::roundSpan_(p, v);
+      arc(roundingCentre(p, v, radius, span), radius, start, end, span);
+    }
+    const int s = v + 1 < n ? v + 1 : 0;
+    if (!P::segmentExists_(p, s)) continue;
+    const V& to = P::roundStart_(p, s);
+    if (end == to) continue;  // the roundings at its ends leave nothing of it
+    if (!P::isArcSegment_(p, s)) {
+      line(end, to);
+      continue;
+    }
+    const kc2SegmentArc whole = P::arcSegment_(p, s);
+    const double span = P::vertexIsRounded_(p, v) || P::vertexIsRounded_(p, s)
+                            ? P::roundedArcSegment_(p, s).angleSpan_().toDouble()
+                            : whole.angleSpan_().toDouble();
+    arc(whole.center_(), whole.radius_(), end, to, span);
+  }
+}
+
+// Whether the mapped outline can reach the window: its vertices and the
+// whole mapped circles of its arc segments hold it (a rounding stays
+// within the corner it rounds).
+bool mayShow(const Poly& p, const kcXform<2>& toPels, long width, long height) {
+  const kcMatrix<2>& m = toPels.matrix();
+  double x0 = std::numeric_limits<double>::infinity(), y0 = x0, x1 = -x0, y1 = -x0;
+  auto enclose = [&](const V& q, double rx, double ry) {
+    x0 = std::min(x0, q.x() - rx);
+    x1 = std::max(x1, q.x() + rx);
+    y0 = std::min(y0, q.y() - ry);
+    y1 = std::max(y1, q.y() + ry);
+  };
+  const int n = static_cast<int>(p.vertices().size());
+  for (int v = 0; v < n; ++v) {
+    enclose(toPels * p.vertices()[v].point(), 0.0, 0.0);
+    if (!P::segmentExists_(p, v) || !P::isArcSegment_(p, v)) continue;
+    const kc2SegmentArc arc = P::arcSegment_(p, v);
+    const double r = arc.radius_();
+    enclose(toPels * arc.center_(), r * std::hypot(m.element(0, 0), m.element(0, 1)),
+            r * std::hypot(m.element(1, 0), m.element(1, 1)));
+  }
+  return x1 >= 0.0 && y1 >= 0.0 && x0 <= width && y0 <= height;
+}
 }  // namespace
 
 void kcSMDGDPolyPrivate::drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& xform,
                                        kcPelBuffer<unsigned char>& pelBuffer, unsigned char grey,
                                        bool fillClosedOnly, bool outline) {
-  if (p.vertices_.empty() || pelBuffer.width() <= 0 || pelBuffer.height() <= 0) return;
+  const bool fill = !(fillClosedOnly && p.open_);
+  if (p.vertices_.empty() || pelBuffer.width() <= 0 || pelBuffer.height() <= 0 || !(fill || outline)) return;
   // Client -> image -> the window's pels, which put and row address.
   const kcXform<2> toPels =
       kcXform<2>(kcMatrix<2>(), kcVector<2>(-pelBuffer.offsetX(), -pelBuffer.offsetY())) *
       pelBuffer.imageFromClientXform() * xform;
-  std::vector<kc2SegmentLine> lines;
-  std::vector<kc2SegmentArc> arcs;
-  for (kcSMDPiece_& piece : kfOutlinePieces_(p)) {
-    if (auto* line = std::get_if<kc2SegmentLine>(&piece))
-      lines.push_back(*line);
-    else
-      arcs.push_back(std::get<kc2SegmentArc>(piece));
-  }
-  // A box that holds the mapped outline (an arc's whole mapped circle):
-  // nothing is drawn when it misses the window.
+  if (!mayShow(p, toPels, pelBuffer.width(), pelBuffer.height())) return;
   const kcMatrix<2>& m = toPels.matrix();
-  const double reachX = std::hypot(m.element(0, 0), m.element(0, 1));
-  const double reachY = std::hypot(m.element(1, 0), m.element(1, 1));
-  kcRect box;
-  box.enclose(toPels * p.vertices_.front().point()).enclose(toPels * p.vertices_.back().point());
-  for (const kc2SegmentLine& l : lines) box.enclose(toPels * l.p1()).enclose(toPels * l.p2());
-  for (const kc2SegmentArc& a : arcs) {
-    const kcVector<2> c = toPels * a.center_();
-    const kcVector<2> reach(a.radius_() * reachX, a.radius_() * reachY);
-    box.enclose(c - reach).enclose(c + reach);
-  }
-  if (box.xMax() < 0.0 || box.yMax() < 0.0 || box.xMin() > pelBuffer.width() ||
-      box.yMin() > pelBuffer.height())
-    return;
-  if (!(fillClosedOnly && p.open_)) {
-    std::vector<kc2SegmentLine> closed = lines;
-    const kcVector<2>& first = p.vertices_.front().point();
-    const kcVector<2>& last = p.vertices_.back().point();
-    if (p.open_ && first != last) closed.emplace_back(last, first);
-    kfFillPelBuf(pelBuffer, closed, arcs, toPels, grey);
-  }
-  if (!outline) return;
-  const auto pen = static_cast<signed char>(grey);
-  for (const kc2SegmentLine& l : lines) drawLinePelBuf(pelBuffer, l, toPels, pen, kOutlineWidth);
-  for (const kc2SegmentArc& a : arcs)
-    drawArcPelBuf(pelBuffer, a, toPels, pen, kOutlineWidth, nullptr, nullptr, nullptr, nullptr);
+  const kcRasterPels_ pels(pelBuffer);
+  thread_local kcRasterFill_ table;
+  table.clear();
+  // At least as far as a mapped unit vector reaches.
+  const double reach = std::sqrt(m.element(0, 0) * m.element(0, 0) + m.element(0, 1) * m.element(0, 1) +
+                                 m.element(1, 0) * m.element(1, 0) + m.element(1, 1) * m.element(1, 1));
+  // The outline is one pel wide, drawn as one pen stroke.
+  kcRasterPen_ pen(pels, grey);
+  forEachPiece(
+      p,
+      [&](const V& from, const V& to) {
+        const V a = toPels * from, b = toPels * to;
+        if (fill) table.line(a, b);
+        if (!outline) return;
+        pen.moveTo(a);
+        pen.lineTo(b);
+      },
+      [&](const V& centre, double r, const V& from, const V& to, double span) {
+        if (fill)
+          table.arc({toPels * centre, r * m.element(0, 0), r * m.element(0, 1), r * m.element(1, 0),
+                     r * m.element(1, 1), (from - centre) / r, (to - centre) / r, span, toPels * from,
+                     toPels * to});
+        if (outline) pen.arc(centre, from, to, span, toPels, r * reach);
+      });
+  if (!fill) return;
+  // An open poly is filled as if a straight segment closed it.
+  if (p.open_) table.line(toPels * p.vertices_.back().point(), toPels * p.vertices_.front().point());
+  table.fill(pels, grey);
 }

@@ -48,6 +48,12 @@
 
 namespace kcRaster_ {
 inline constexpr double kRoundTol = 1e-11;
+// 1 + tol and 1 - tol: a select of one of them is copysign's multiplier.
+inline constexpr double kGrow = 1.0 + kRoundTol;
+inline constexpr double kShrink = 1.0 - kRoundTol;
+// Coordinates below this magnitude round without saturating.
+inline constexpr double kInRange = 1073741824.0;  // 2^30
+
 // floor (up false) or ceil (up true) of v as a 32-bit number, saturated (NaN
 // gives the lowest). Truncation and one compare instead of a call to
 // floor(), which the base instruction set does not have.
@@ -61,16 +67,29 @@ inline constexpr double kRoundTol = 1e-11;
   if (up) return i + (back < v);
   return i - (back > v);
 }
+
+// floorTol and ceilTol for |v| < 2 kInRange, where nothing can saturate:
+// the rasterisers' inner loops, once their ends are known to be in range.
+[[nodiscard]] inline std::int32_t floorIn(double v) noexcept {
+  v *= v >= 0.0 ? kGrow : kShrink;
+  const auto i = static_cast<std::int32_t>(v);
+  return i - (static_cast<double>(i) > v);
+}
+[[nodiscard]] inline std::int32_t ceilIn(double v) noexcept {
+  v *= v >= 0.0 ? kShrink : kGrow;
+  const auto i = static_cast<std::int32_t>(v);
+  return i + (static_cast<double>(i) < v);
+}
 }  // namespace kcRaster_
 
 // floor((1 + copysign(1e-11, v)) v) and ceil((1 - copysign(1e-11, v)) v),
 // saturated to the 32-bit range (NaN gives the lowest value). Inline: the
 // fill calls them for every edge in every row.
 [[nodiscard]] inline std::int32_t floorTol(double v) noexcept {
-  return kcRaster_::rounded((1.0 + std::copysign(kcRaster_::kRoundTol, v)) * v, false);
+  return kcRaster_::rounded((v >= 0.0 ? kcRaster_::kGrow : kcRaster_::kShrink) * v, false);
 }
 [[nodiscard]] inline std::int32_t ceilTol(double v) noexcept {
-  return kcRaster_::rounded((1.0 - std::copysign(kcRaster_::kRoundTol, v)) * v, true);
+  return kcRaster_::rounded((v >= 0.0 ? kcRaster_::kShrink : kcRaster_::kGrow) * v, true);
 }
 
 // How many chords the rasterisers cut an arc of the given sweep into.

@@ -3,160 +3,223 @@
 // falls in pel space, and is then walked row by row: each row takes the
 // crossings of the edges it meets, sorts them and sets the pels between
 // pairs. Arcs stay arcs: under the mapping an arc is an elliptical arc
-// x = x0 + a cos t + b sin t, y = y0 + c cos t + d sin t, cut where y turns,
-// and each row's crossing is solved for t.
+// x = x0 + a ux + b uy, y = y0 + c ux + d uy over unit vectors u, cut where
+// y turns, and each row's crossing is solved on the ellipse.
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 #include <vector>
 
 #include "dispc/wrfm/raster.h"
+#include "dispc/wrfm/raster_p.h"
 
 namespace {
-constexpr double kPerDegree = std::numbers::pi / 180.0;
+// Above this many crossings in a row a comparison sort beats insertion.
+constexpr std::size_t kInsertionSortLimit = 24;
+// Rows whose crossings are worked out together before their spans are set.
+constexpr std::int32_t kBlock = 32;
+// An edge table this large is given back after use rather than kept.
+constexpr std::size_t kKeptEdges = std::size_t{1} << 16;
 
-struct Edge {
-  // Rows first..last (inclusive) have their centres in [top, bottom).
-  std::int32_t first = 0;
-  std::int32_t last = -1;
-  bool arc = false;
-  // A line: x = x0 + slope (yc - y0).
-  // An arc piece, on the ellipse of centre (x0, y0) whose y reaches y0 +- sqrt(h):
-  // x = x0 + slope (yc - y0) + branch sqrt(h - (yc - y0)^2), the branch's
-  // sign that of the side of the ellipse the piece runs along.
-  double x0 = 0, y0 = 0, slope = 0, h = 0, branch = 0;
-
-  [[nodiscard]] double crossing(double yc) const {
-    const double dy = yc - y0;
-    if (!arc) return x0 + slope * dy;
-    return x0 + slope * dy + branch * std::sqrt(std::max(0.0, h - dy * dy));
-  }
-};
-
-// Rows whose centres lie in [top, bottom).
-void setRows(Edge& e, double top, double bottom) {
-  e.first = ceilTol(top - 0.5);
-  e.last = ceilTol(bottom - 0.5) - 1;
+// The angle of (x, y) as a number in [0, 4) that grows with it: a quarter
+// turn per unit, without trigonometry.
+double diamondAngle(double x, double y) noexcept {
+  if (y >= 0.0) return x >= 0.0 ? y / (x + y) : 1.0 - x / (y - x);
+  return x < 0.0 ? 2.0 - y / (-x - y) : 3.0 + x / (x - y);
 }
 
-void addLine(std::vector<Edge>& edges, kcVector<2> p, kcVector<2> q) {
-  if (p.y() == q.y()) return;  // a horizontal line crosses no row centre in its inside
-  // The upper end first, so that an edge shared by two outlines gives the
-  // same crossings whichever way each travels it.
-  if (p.y() > q.y() || (p.y() == q.y() && p.x() > q.x())) std::swap(p, q);
-  Edge e;
-  e.x0 = p.x();
-  e.y0 = p.y();
-  e.slope = (q.x() - p.x()) / (q.y() - p.y());
-  setRows(e, p.y(), q.y());
-  if (e.first <= e.last) edges.push_back(e);
-}
-
-// The arc mapped into pels, cut at the parameters where y turns. On the
-// ellipse x = x0 + a cos t + b sin t, y = y0 + c cos t + d sin t a row's
-// two crossings are x0 + (ac + bd) dy / h +- |ad - bc| sqrt(h - dy^2) / h
-// with h = c^2 + d^2: one square root per crossing, exact in IEEE arithmetic.
-void addArc(std::vector<Edge>& edges, const kc2SegmentArc& arc, const kcXform<2>& toPels) {
-  const kcXform<2> x = toPels * arc.xform();
-  const kcMatrix<2>& m = x.matrix();
-  const double radius = arc.radius_();
-  const kcVector<2> centre = x * arc.center_();
-  const double a = radius * m.element(0, 0), b = radius * m.element(0, 1);
-  const double c = radius * m.element(1, 0), d = radius * m.element(1, 1);
-  Edge e;
-  e.arc = true;
-  e.x0 = centre.x();
-  e.y0 = centre.y();
-  e.h = c * c + d * d;
-  e.slope = (a * c + b * d) / e.h;
-  const double across = std::fabs(a * d - b * c) / e.h;
-  // y = y0 + sqrt(h) cos(t - phi) turns at phi + k pi.
-  const double phi = std::atan2(d, c);
-  const double s = arc.startAngle_().toDouble() * kPerDegree;
-  const double span = arc.angleSpan_().toDouble() * kPerDegree;
-  const double lo = std::min(s, s + span), hi = std::max(s, s + span);
-  auto at = [&](double t) {
-    return kcVector<2>(e.x0 + a * std::cos(t) + b * std::sin(t), e.y0 + c * std::cos(t) + d * std::sin(t));
-  };
-  for (double from = lo; from < hi;) {
-    const double k = std::floor((from - phi) / std::numbers::pi);
-    const double to = std::min(hi, phi + (k + 1) * std::numbers::pi);
-    if (to > from) {
-      Edge piece = e;
-      // The side is that of the piece's middle, away from both turning points.
-      const kcVector<2> middle = at((from + to) / 2);
-      piece.branch = middle.x() - (e.x0 + e.slope * (middle.y() - e.y0)) >= 0.0 ? across : -across;
-      const double y1 = at(from).y(), y2 = at(to).y();
-      setRows(piece, std::min(y1, y2), std::max(y1, y2));
-      if (piece.first <= piece.last) edges.push_back(piece);
-    }
-    from = to;
+void insertionSort(double* xs, std::size_t n) noexcept {
+  for (std::size_t i = 1; i < n; ++i) {
+    const double v = xs[i];
+    std::size_t j = i;
+    for (; j > 0 && xs[j - 1] > v; --j) xs[j] = xs[j - 1];
+    xs[j] = v;
   }
 }
 }  // namespace
 
+// Rows whose centres lie in [top, bottom).
+void kcRasterFill_::add(const Edge& e, double top, double bottom) {
+  const bool in = std::fabs(top) < kcRaster_::kInRange && std::fabs(bottom) < kcRaster_::kInRange;
+  const std::int32_t first = in ? kcRaster_::ceilIn(top - 0.5) : ceilTol(top - 0.5);
+  const std::int32_t last = (in ? kcRaster_::ceilIn(bottom - 0.5) : ceilTol(bottom - 0.5)) - 1;
+  if (first > last) return;
+  Edge& kept = edges_.emplace_back(e);
+  kept.first = first;
+  kept.last = last;
+}
+
+void kcRasterFill_::line(kcVector<2> p, kcVector<2> q) {
+  if (p.y() == q.y()) return;  // a horizontal line crosses no row centre in its inside
+  // The upper end first, so that an edge shared by two outlines gives the
+  // same crossings whichever way each travels it.
+  if (p.y() > q.y()) std::swap(p, q);
+  add({p.x(), p.y(), (q.x() - p.x()) / (q.y() - p.y()), 0.0, 0.0, 0, 0}, p.y(), q.y());
+}
+
+// On the ellipse a row at y0 + dy is crossed at
+// x0 + (ac + bd) dy / h +- (ad - bc) sqrt(h - dy^2) / h, h = c^2 + d^2: one
+// square root per crossing. y turns where u is +-(c, d) / sqrt(h), at
+// y0 +- sqrt(h); between turns, x - x0 - slope dy has the sign of
+// (ad - bc) dy/dt, which the direction of travel and the piece's rise give
+// without an angle.
+void kcRasterFill_::arc(const Arc& arc) {
+  const double h = arc.c * arc.c + arc.d * arc.d;
+  if (h == 0.0) return;  // flattened onto one row: crosses no row centre
+  const double root = std::sqrt(h);
+  const double det = arc.a * arc.d - arc.b * arc.c;
+  const double turn = arc.sweep >= 0.0 ? 1.0 : -1.0;
+  // The ys at which the arc's pieces meet, in the order of travel.
+  struct Stop {
+    double at, y;
+  };
+  Stop stops[4] = {{0.0, arc.p0.y()}, {0.0, 0.0}, {0.0, 0.0}, {0.0, arc.p1.y()}};
+  int n = 1;
+  // The directions u at which y is highest (largest) and lowest.
+  const double nx = arc.c / root, ny = arc.d / root;
+  if (std::fabs(arc.sweep) <= 180.0) {
+    // At most one of two opposite directions lies within: the one on the
+    // inner side of both ends.
+    auto within = [&](double x, double y) {
+      return turn * (arc.u0.x() * y - arc.u0.y() * x) > 0.0 && turn * (x * arc.u1.y() - y * arc.u1.x()) > 0.0;
+    };
+    if (within(nx, ny))
+      stops[n++].y = arc.centre.y() + root;
+    else if (within(-nx, -ny))
+      stops[n++].y = arc.centre.y() - root;
+  } else {
+    // Angles from u0 in the direction of travel.
+    auto angle = [&](double x, double y) {
+      return diamondAngle(arc.u0.x() * x + arc.u0.y() * y, turn * (arc.u0.x() * y - arc.u0.y() * x));
+    };
+    double end = angle(arc.u1.x(), arc.u1.y());
+    // Near a whole turn, the sweep says that the ends mean one.
+    if (std::fabs(arc.sweep) > 270.0 && end < 1.0) end = 4.0;
+    const double lowest = angle(-nx, -ny);
+    const double highest = angle(nx, ny);
+    if (lowest > 0.0 && lowest < end) stops[n++] = {lowest, arc.centre.y() - root};
+    if (highest > 0.0 && highest < end) stops[n++] = {highest, arc.centre.y() + root};
+    if (n == 3 && stops[2].at < stops[1].at) std::swap(stops[1], stops[2]);
+  }
+  stops[n++] = stops[3];
+  const Edge e{arc.centre.x(), arc.centre.y(), (arc.a * arc.c + arc.b * arc.d) / h, h, 0.0, 0, 0};
+  for (int k = 0; k + 1 < n; ++k) {
+    const double y1 = stops[k].y, y2 = stops[k + 1].y;
+    if (y1 == y2) continue;
+    Edge piece = e;
+    piece.branch = det / h * (y2 > y1 ? turn : -turn);
+    add(piece, std::min(y1, y2), std::max(y1, y2));
+  }
+}
+
+void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
+  const auto height = static_cast<std::int32_t>(pels.height());
+  const long width = pels.width();
+  // The edges that meet the window, in order of their first row: a counting
+  // sort over the rows they start in (edges that start above the window
+  // count from its first row), linear where a comparison sort of thousands
+  // of edges would cost more than filling their rows.
+  std::int32_t top = height, bottom = -1;
+  for (const Edge& e : edges_)
+    if (e.last >= 0 && e.first < height) {
+      const std::int32_t from = std::max<std::int32_t>(e.first, 0);
+      top = std::min(top, from);
+      bottom = std::max(bottom, from);
+    }
+  if (bottom < top) return;
+  starts_.assign(static_cast<std::size_t>(bottom - top) + 2, 0);
+  for (const Edge& e : edges_)
+    if (e.last >= 0 && e.first < height) ++starts_[std::max(e.first, top) - top + 1];
+  for (std::size_t r = 1; r < starts_.size(); ++r) starts_[r] += starts_[r - 1];
+  sorted_.resize(starts_.back());
+  for (const Edge& e : edges_)
+    if (e.last >= 0 && e.first < height) sorted_[starts_[std::max(e.first, top) - top]++] = e;
+  active_.clear();
+  xs_.resize(sorted_.size());
+
+  const double right = static_cast<double>(width) + 1.0;
+  // A line has branch and h 0: one formula for both. Crossings beyond the
+  // window count as just beyond it, so that they round without saturating
+  // (NaN counts as left of it).
+  auto crossing = [right](const Edge& e, double yc) {
+    const double dy = yc - e.y0;
+    const double x = e.x0 + e.slope * dy + e.branch * std::sqrt(std::max(0.0, e.h - dy * dy));
+    return std::max(-1.0, std::min(x, right));
+  };
+  // Pels whose centres lie in [left, right).
+  auto span = [&](std::int32_t row, double left, double rightEnd) {
+    const long from = std::max<long>(kcRaster_::ceilIn(left - 0.5), 0);
+    const long to = std::min<long>(kcRaster_::ceilIn(rightEnd - 0.5), width);
+    if (from < to) std::fill(pels.row(row) + from, pels.row(row) + to, grey);
+  };
+  std::size_t next = 0;
+  for (std::int32_t row = top; row < height;) {
+    while (next < sorted_.size() && sorted_[next].first <= row) active_.push_back(sorted_[next++]);
+    // Order among the active edges does not matter: the crossings are sorted.
+    std::erase_if(active_, [row](const Edge& e) { return e.last < row; });
+    if (active_.empty()) {
+      if (next == sorted_.size()) break;
+      row = sorted_[next].first;
+      continue;
+    }
+    // The rows until an edge joins or leaves.
+    std::int32_t stop = next < sorted_.size() ? std::min(height, sorted_[next].first) : height;
+    for (const Edge& e : active_) stop = std::min(stop, e.last + 1);
+    if (active_.size() == 2) {
+      // One span a row, the common case: the crossings of a block of rows
+      // are worked out before any is filled, so that their long chains of
+      // arithmetic overlap instead of waiting on each row's fill.
+      const Edge &e1 = active_[0], &e2 = active_[1];
+      for (std::int32_t r = row; r < stop; r += kBlock) {
+        const std::int32_t rows = std::min(kBlock, stop - r);
+        double left[kBlock], rights[kBlock];
+        for (std::int32_t k = 0; k < rows; ++k) {
+          const double yc = r + k + 0.5;
+          const double x1 = crossing(e1, yc), x2 = crossing(e2, yc);
+          left[k] = std::min(x1, x2);
+          rights[k] = std::max(x1, x2);
+        }
+        for (std::int32_t k = 0; k < rows; ++k) span(r + k, left[k], rights[k]);
+      }
+    } else {
+      for (std::int32_t r = row; r < stop; ++r) {
+        const double yc = r + 0.5;
+        std::size_t count = 0;
+        for (const Edge& e : active_) xs_[count++] = crossing(e, yc);
+        if (count > kInsertionSortLimit)
+          std::sort(xs_.begin(), xs_.begin() + static_cast<std::ptrdiff_t>(count));
+        else
+          insertionSort(xs_.data(), count);
+        for (std::size_t i = 0; i + 1 < count; i += 2) span(r, xs_[i], xs_[i + 1]);
+      }
+    }
+    row = stop;
+  }
+  if (edges_.capacity() > kKeptEdges) {
+    edges_ = {};
+    sorted_ = {};
+    active_ = {};
+    xs_ = {};
+  }
+}
+
 void kfFillPelBuf(kcPelBuffer<unsigned char> buffer, std::span<const kc2SegmentLine> lines,
                   std::span<const kc2SegmentArc> arcs, const kcXform<2>& xform, unsigned char grey) {
   if (buffer.width() <= 0 || buffer.height() <= 0) return;
-  std::vector<Edge> all;
-  all.reserve(lines.size() + 3 * arcs.size());
-  for (const kc2SegmentLine& l : lines) addLine(all, xform * l.p1(), xform * l.p2());
-  for (const kc2SegmentArc& a : arcs) addArc(all, a, xform);
-
-  // The edges that meet the window, in order of their first row: a counting
-  // sort over the rows they start in, linear where a comparison sort of
-  // thousands of edges would cost more than filling their rows.
-  const std::int32_t height = static_cast<std::int32_t>(buffer.height());
-  std::int32_t top = height, bottom = -1;
-  for (const Edge& e : all)
-    if (e.last >= 0 && e.first < height) {
-      // Edges that start above the window count from its first row.
-      top = std::min(top, std::max<std::int32_t>(e.first, 0));
-      bottom = std::max(bottom, std::max<std::int32_t>(e.first, 0));
-    }
-  if (bottom < top) return;
-  std::vector<std::uint32_t> starts(static_cast<std::size_t>(bottom - top) + 2, 0);
-  for (const Edge& e : all)
-    if (e.last >= 0 && e.first < height) ++starts[std::max(e.first, top) - top + 1];
-  for (std::size_t r = 1; r < starts.size(); ++r) starts[r] += starts[r - 1];
-  std::vector<Edge> edges(starts.back());
-  for (const Edge& e : all)
-    if (e.last >= 0 && e.first < height) edges[starts[std::max(e.first, top) - top]++] = e;
-
-  const long width = buffer.width();
-  std::vector<const Edge*> active;
-  std::vector<double> xs;
-  std::size_t next = 0;
-  std::int32_t ends = std::numeric_limits<std::int32_t>::max();  // the first row an active edge ends after
-  std::int32_t row = edges.empty() ? height : std::max<std::int32_t>(edges.front().first, 0);
-  for (; row < height; ++row) {
-    while (next < edges.size() && edges[next].first <= row) {
-      active.push_back(&edges[next]);
-      ends = std::min(ends, edges[next++].last);
-    }
-    // Edges leave only at the rows where one ends.
-    if (row > ends) {
-      std::erase_if(active, [row](const Edge* e) { return e->last < row; });
-      ends = std::numeric_limits<std::int32_t>::max();
-      for (const Edge* e : active) ends = std::min(ends, e->last);
-    }
-    if (active.empty()) {
-      if (next == edges.size()) break;
-      continue;
-    }
-    xs.clear();
-    const double yc = row + 0.5;
-    for (const Edge* e : active) xs.push_back(e->crossing(yc));
-    std::sort(xs.begin(), xs.end());
-    unsigned char* pels = buffer.row(row);
-    // Pels whose centres lie in [left, right): a pel on the left crossing is
-    // inside, one on the right crossing is not, so outlines that share an
-    // edge set each pel along it once.
-    for (std::size_t i = 0; i + 1 < xs.size(); i += 2) {
-      const long from = std::max<long>(ceilTol(xs[i] - 0.5), 0);
-      const long to = std::min<long>(ceilTol(xs[i + 1] - 0.5), width);
-      if (from < to) std::fill(pels + from, pels + to, grey);
-    }
+  constexpr double kPerDegree = 0.017453292519943295;
+  kcRasterFill_ table;
+  for (const kc2SegmentLine& l : lines) table.line(xform * l.p1(), xform * l.p2());
+  for (const kc2SegmentArc& a : arcs) {
+    // The arc's own transform joins the mapping; its circle stays a circle.
+    const kcXform<2> x = xform * a.xform();
+    const kcMatrix<2>& m = x.matrix();
+    const double r = a.radius_();
+    const double s = a.startAngle_().toDouble() * kPerDegree;
+    const double e = s + a.angleSpan_().toDouble() * kPerDegree;
+    table.arc({x * a.center_(), r * m.element(0, 0), r * m.element(0, 1), r * m.element(1, 0),
+               r * m.element(1, 1), kcVector<2>(std::cos(s), std::sin(s)),
+               kcVector<2>(std::cos(e), std::sin(e)), a.angleSpan_().toDouble(), xform * a.p1(),
+               xform * a.p2()});
   }
+  table.fill(kcRasterPels_(buffer), grey);
 }

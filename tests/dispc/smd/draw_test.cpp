@@ -3,11 +3,15 @@
 
 #include <cmath>
 #include <numbers>
+#include <random>
+#include <variant>
 #include <vector>
 
 #include "dispc/smd/model.h"
+#include "dispc/smd/polygeom_p.h"
 #include "dispc/smd/polyprivate.h"
 #include "dispc/wrfm/genpoly.h"
+#include "dispc/wrfm/raster.h"
 
 namespace {
 
@@ -127,6 +131,49 @@ TEST(SMDSynthetic, GeneralPolygonsFillTheirClientShape) {
   EXPECT_THROW(kfDrawSynthetic(kcGenPoly(kcLineSeg(V(1, 1), V(5, 5))), kIdentity, b, 77),
                kcShapesError::BadGeom);
   EXPECT_THROW(kfDrawSynthetic(g, kcPtrHandle_const<kc2XformBase>(), b, 77), kcBadPointer);
+}
+
+// The poly's outline read from its caches draws exactly what the public
+// rasterisers draw from its pieces as segment objects: the fill of the
+// pieces, then each line and arc outlined on its own.
+TEST(SMDSynthetic, PolysDrawWhatTheirPiecesDraw) {
+  std::mt19937 rng(11);
+  std::uniform_real_distribution<double> unit(-1.0, 1.0);
+  for (int trial = 0; trial < 40; ++trial) {
+    const int n = 3 + trial % 9;
+    std::vector<Vertex> vs;
+    for (int i = 0; i < n; ++i) {
+      const double a = 2 * std::numbers::pi * i / n;
+      const double r = 14 * (1 + 0.3 * unit(rng));
+      vs.emplace_back(V(r * std::cos(a), r * std::sin(a)), trial % 4 == 0 ? 0.0 : 1.5 + unit(rng), 0.5, 0.5,
+                      -1);
+    }
+    // Every third outline has an arc segment.
+    if (trial % 3 == 1) vs[1].segmentAngleSpan(kcDegree(-30 + 20 * unit(rng)));
+    Poly p(L"p");
+    p.vertices(vs);
+    p.close();
+    const double turn = 3 * unit(rng);
+    const kcXform<2> x(kcMatrix<2>(std::cos(turn), -std::sin(turn) + 0.3 * unit(rng), std::sin(turn),
+                                   std::cos(turn) * (1 + 0.5 * unit(rng))),
+                       V(24 + 8 * unit(rng), 24 + 8 * unit(rng)));
+    Buffer drawn(48, 48), pieces(48, 48);
+    kcSMDGDPolyPrivate::drawSynthetic(p, x, drawn, 9, true, true);
+    std::vector<kc2SegmentLine> lines;
+    std::vector<kc2SegmentArc> arcs;
+    for (const kcSMDPiece_& piece : kfOutlinePieces_(p)) {
+      if (const auto* l = std::get_if<kc2SegmentLine>(&piece))
+        lines.push_back(*l);
+      else
+        arcs.push_back(std::get<kc2SegmentArc>(piece));
+    }
+    kfFillPelBuf(pieces, lines, arcs, x, 9);
+    for (const kc2SegmentLine& l : lines) drawLinePelBuf(pieces, l, x, 9, 1);
+    for (const kc2SegmentArc& a : arcs) drawArcPelBuf(pieces, a, x, 9, 1, nullptr, nullptr, nullptr, nullptr);
+    for (long y = 0; y < 48; ++y)
+      for (long xx = 0; xx < 48; ++xx)
+        ASSERT_EQ(drawn.get(xx, y), pieces.get(xx, y)) << "trial " << trial << " at " << xx << "," << y;
+  }
 }
 
 }  // namespace

@@ -1,0 +1,294 @@
+// The rasterisers' working parts, shared by the public functions and the
+// synthetic drawing of polys: direct pel access, thin and wide pel lines,
+// the chords of a circular arc, and the scan-line fill's edge table.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <utility>
+#include <vector>
+
+#include "dispc/wrfm/raster.h"
+#include "foundation/pelbuffer.h"
+#include "foundation/vector.h"
+#include "foundation/xform.h"
+
+// The window's pels addressed directly: kcPelBuffer::put checks and finds
+// its pel on every call, which costs more than a short line.
+class kcRasterPels_ {
+ public:
+  explicit kcRasterPels_(kcPelBuffer<unsigned char>& b) : width_(b.width()), height_(b.height()) {
+    if (width_ <= 0 || height_ <= 0) return;
+    origin_ = b.row(0);
+    stride_ = height_ > 1 ? b.row(1) - origin_ : 0;
+  }
+  [[nodiscard]] long width() const noexcept { return width_; }
+  [[nodiscard]] long height() const noexcept { return height_; }
+  [[nodiscard]] unsigned char* row(long y) const noexcept { return origin_ + y * stride_; }
+  [[nodiscard]] std::ptrdiff_t stride() const noexcept { return stride_; }
+  // Sets pel (x, y) when it lies in the window.
+  void put(long x, long y, unsigned char v) const noexcept {
+    if (inside(x, y)) origin_[y * stride_ + x] = v;
+  }
+  // Columns or rows first..last cut to the window's 0..size - 1: the others
+  // would write nothing, and a far-off line must not cost a loop over them.
+  [[nodiscard]] static std::pair<std::int32_t, std::int32_t> within(std::int32_t first, std::int32_t last,
+                                                                    long size) noexcept {
+    return {std::max<std::int32_t>(first, 0), static_cast<std::int32_t>(std::min<long>(last, size - 1))};
+  }
+
+ private:
+  [[nodiscard]] bool inside(long x, long y) const noexcept {
+    return (static_cast<unsigned long>(x) < static_cast<unsigned long>(width_)) &
+           (static_cast<unsigned long>(y) < static_cast<unsigned long>(height_));
+  }
+
+  long width_, height_;
+  unsigned char* origin_ = nullptr;
+  std::ptrdiff_t stride_ = 0;
+};
+
+// The pel line a-b (pel coordinates, a != b) of the given pen width, above
+// one: the thin line's pels widened across its major axis. The pel holding
+// a is left alone when the caller has set it already (a line that goes on
+// from where the last one ended).
+void kfRasterLine_(const kcRasterPels_& pels, const kcVector<2>& a, const kcVector<2>& b, unsigned char grey,
+                   int width, bool startSet);
+
+namespace kcRaster_ {
+template <bool kSafe>
+[[nodiscard]] inline std::int32_t floorAt(double v) noexcept {
+  if constexpr (kSafe) return floorIn(v);
+  return floorTol(v);
+}
+template <bool kSafe>
+[[nodiscard]] inline std::int32_t ceilAt(double v) noexcept {
+  if constexpr (kSafe) return ceilIn(v);
+  return ceilTol(v);
+}
+
+[[nodiscard]] inline bool inRange(const kcVector<2>& p) noexcept {
+  return std::fabs(p.x()) < kInRange && std::fabs(p.y()) < kInRange;
+}
+
+// The pels of the thin line a-b between its ends: along the major axis,
+// every column (or row) whose centre lies within the line gets the pel
+// holding the line's point there. Rounding need not saturate when kSafe.
+template <bool kSafe>
+[[gnu::always_inline]] inline void centrePels(const kcRasterPels_& pels, const kcVector<2>& a,
+                                              const kcVector<2>& b, unsigned char grey) noexcept {
+  const bool alongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
+  const double a0 = alongX ? a.x() : a.y(), a1 = alongX ? a.y() : a.x();
+  const double b0 = alongX ? b.x() : b.y(), b1 = alongX ? b.y() : b.x();
+  const std::int32_t first = std::max<std::int32_t>(ceilAt<kSafe>(std::min(a0, b0) - 0.5), 0);
+  const auto last = static_cast<std::int32_t>(
+      std::min<long>(floorAt<kSafe>(std::max(a0, b0) - 0.5), (alongX ? pels.width() : pels.height()) - 1));
+  if (first > last) return;
+  const double slope = (b1 - a1) / (b0 - a0);
+  // Locals, which a store through a pel pointer cannot alias; the centre
+  // m + 0.5 is counted up exactly.
+  unsigned char* const origin = pels.row(0);
+  const std::ptrdiff_t stride = pels.stride();
+  double centre = first + 0.5;
+  if (alongX) {
+    const auto height = static_cast<unsigned long>(pels.height());
+    for (std::int32_t m = first; m <= last; ++m, centre += 1.0) {
+      const long y = floorAt<kSafe>((centre - a0) * slope + a1);
+      if (static_cast<unsigned long>(y) < height) origin[y * stride + m] = grey;
+    }
+  } else {
+    const auto width = static_cast<unsigned long>(pels.width());
+    unsigned char* row = origin + first * stride;
+    for (std::int32_t m = first; m <= last; ++m, centre += 1.0, row += stride) {
+      const long x = floorAt<kSafe>((centre - a0) * slope + a1);
+      if (static_cast<unsigned long>(x) < width) row[x] = grey;
+    }
+  }
+}
+
+}  // namespace kcRaster_
+
+// How many chords an arc of the given sweep (degrees) is cut into.
+[[nodiscard]] inline int kfRasterChordCount_(double span) noexcept {
+  return static_cast<int>(std::trunc(std::fabs(span * 0.2))) + 1;
+}
+
+// The turn from one chord end to the next: n chords, each turning the
+// radius vector by (cos, sin). Outlines repeat sweeps (the corners of a
+// rectangle), so the last turn is kept per thread.
+struct kcRasterTurn_ {
+  int n;
+  double cos, sin;
+};
+[[nodiscard]] inline kcRasterTurn_ kfRasterTurn_(double span) noexcept {
+  constexpr double kPerDegree = 0.017453292519943295;
+  thread_local double lastSpan = 0.0;
+  thread_local kcRasterTurn_ last{1, 1.0, 0.0};
+  if (span != lastSpan) {
+    const int n = kfRasterChordCount_(span);
+    const double step = span / n * kPerDegree;
+    last = {n, std::cos(step), std::sin(step)};
+    lastSpan = span;
+  }
+  return last;
+}
+
+// The chord ends of a circular arc in client space, from `from` turning by
+// span degrees (counter-clockwise when positive) about centre to `to`, in
+// pel coordinates. The radius vector is turned step by step: plain
+// arithmetic, the same on every machine; the last chord ends exactly on
+// `to`, so the next piece of an outline starts where this one ends.
+class kcRasterArcWalk_ {
+ public:
+  kcRasterArcWalk_(const kcVector<2>& centre, const kcVector<2>& from, const kcVector<2>& to, double span,
+                   const kcXform<2>& toPels) noexcept
+      : turn_(kfRasterTurn_(span)),
+        centre_(centre),
+        to_(to),
+        toPels_(toPels),
+        rx_(from.x() - centre.x()),
+        ry_(from.y() - centre.y()) {}
+
+  // The end of the next chord, while there is one.
+  [[gnu::always_inline]] bool next(kcVector<2>& q) noexcept {
+    if (k_ == turn_.n) return false;
+    const double x = turn_.cos * rx_ - turn_.sin * ry_;
+    ry_ = turn_.sin * rx_ + turn_.cos * ry_;
+    rx_ = x;
+    q = toPels_ * (++k_ == turn_.n ? to_ : kcVector<2>(centre_.x() + rx_, centre_.y() + ry_));
+    return true;
+  }
+
+ private:
+  kcRasterTurn_ turn_;
+  kcVector<2> centre_, to_;
+  kcXform<2> toPels_;
+  double rx_, ry_;
+  int k_ = 0;
+};
+
+// Hands the chords of the arc to chord(p, q), in pel coordinates.
+template <class Chord>
+void kfRasterChords_(const kcVector<2>& centre, const kcVector<2>& from, const kcVector<2>& to, double span,
+                     const kcXform<2>& toPels, Chord&& chord) {
+  kcRasterArcWalk_ walk(centre, from, to, span, toPels);
+  kcVector<2> p = toPels * from, q;
+  while (walk.next(q)) {
+    chord(p, q);
+    p = q;
+  }
+}
+
+// A thin pel outline drawn line by line, as a pen moves: each line sets the
+// pels of its major-axis centres (kcRaster_::centrePels) and the pels
+// holding its ends, a pel where one line ends and the next begins once. A
+// line that starts and ends in one pel sets nothing more: the pel is set
+// already. Outlines of many chords shorter than a pel (small roundings)
+// cost little more than their pels.
+class kcRasterPen_ {
+ public:
+  kcRasterPen_(const kcRasterPels_& pels, unsigned char grey) noexcept : pels_(pels), grey_(grey) {}
+
+  // Puts the pen down at a, setting its pel, unless it is there already.
+  void moveTo(const kcVector<2>& a) noexcept {
+    if (a != spot_.at) place(spot_, a);
+  }
+  // The line from where the pen is to b.
+  void lineTo(const kcVector<2>& b) noexcept {
+    if (b == spot_.at) return;
+    const Spot from = spot_;
+    place(spot_, b);
+    if (!kcRaster_::inRange(from.at) || !kcRaster_::inRange(b))
+      kcRaster_::centrePels<false>(pels_, from.at, b, grey_);
+    else if (spot_.x != from.x || spot_.y != from.y)
+      kcRaster_::centrePels<true>(pels_, from.at, b, grey_);
+  }
+  // The chords of an arc (as kfRasterChords_ cuts them), from its start.
+  // reach: how far the mapped arc can lie from its mapped centre.
+  void arc(const kcVector<2>& centre, const kcVector<2>& from, const kcVector<2>& to, double span,
+           const kcXform<2>& toPels, double reach) noexcept {
+    moveTo(toPels * from);
+    kcRasterArcWalk_ walk(centre, from, to, span, toPels);
+    const kcVector<2> c = toPels * centre;
+    if (!(std::fabs(c.x()) + reach < kcRaster_::kInRange && std::fabs(c.y()) + reach < kcRaster_::kInRange)) {
+      for (kcVector<2> q; walk.next(q);) lineTo(q);
+      return;
+    }
+    // Every chord end rounds without saturating. The pen's place is kept in
+    // locals, which a pel store cannot alias: they stay in registers.
+    Spot spot = spot_;
+    for (kcVector<2> q; walk.next(q);) {
+      if (q == spot.at) continue;
+      const std::int32_t x = kcRaster_::floorIn(q.x()), y = kcRaster_::floorIn(q.y());
+      if (x != spot.x || y != spot.y) {
+        pels_.put(x, y, grey_);
+        kcRaster_::centrePels<true>(pels_, spot.at, q, grey_);
+      }
+      spot = {q, x, y};
+    }
+    spot_ = spot;
+  }
+
+ private:
+  // Where the pen is (NaN before the first move: equal to nothing), and
+  // its pel.
+  struct Spot {
+    kcVector<2> at{std::numeric_limits<double>::quiet_NaN(), 0.0};
+    std::int32_t x = 0, y = 0;
+  };
+
+  void place(Spot& spot, const kcVector<2>& a) const noexcept {
+    spot.at = a;
+    spot.x = floorTol(a.x());
+    spot.y = floorTol(a.y());
+    pels_.put(spot.x, spot.y, grey_);
+  }
+
+  const kcRasterPels_& pels_;
+  unsigned char grey_;
+  Spot spot_;
+};
+
+// The fill's edge table: pieces of closed outlines in pel coordinates, each
+// cut where y turns, then filled row by row between pairs of crossings.
+// Rows are sampled at their centres; a pel whose centre lies on a crossing
+// is inside on the crossing's left and outside on its right, and a row
+// centre on an edge's upper end meets it, on its lower end does not, so
+// outlines that share an edge set every pel along it once. Its storage is
+// kept from one outline to the next: filling allocates nothing once it has
+// seen an outline as large.
+class kcRasterFill_ {
+ public:
+  void clear() noexcept { edges_.clear(); }
+  // The line p-q.
+  void line(kcVector<2> p, kcVector<2> q);
+  // The elliptical arc x = x0 + a ux + b uy, y = y0 + c ux + d uy over the
+  // unit vectors u that turn from u0 by sweep degrees (counter-clockwise
+  // when positive) to u1, running from pel point p0 to p1.
+  struct Arc {
+    kcVector<2> centre;
+    double a, b, c, d;
+    kcVector<2> u0, u1;
+    double sweep;
+    kcVector<2> p0, p1;
+  };
+  void arc(const Arc& arc);
+  // Sets the pels inside the outlines added since clear() to grey.
+  void fill(const kcRasterPels_& pels, unsigned char grey);
+
+ private:
+  struct Edge {
+    // x = x0 + slope (yc - y0), plus, on an arc piece, branch sqrt(h - (yc - y0)^2).
+    double x0, y0, slope, h, branch;
+    // The rows whose centres the edge meets, first..last.
+    std::int32_t first, last;
+  };
+  void add(const Edge& e, double top, double bottom);
+
+  std::vector<Edge> edges_, sorted_, active_;
+  std::vector<std::uint32_t> starts_;
+  std::vector<double> xs_;
+};
