@@ -74,28 +74,66 @@ void forEachPiece(const Poly& p, Line&& line, Arc&& arc) {
   }
 }
 
-// Whether the mapped outline can reach the window: its vertices and the
-// whole mapped circles of its arc segments hold it (a rounding stays
-// within the corner it rounds).
-bool mayShow(const Poly& p, const kcXform<2>& toPels, long width, long height) {
-  const kcMatrix<2>& m = toPels.matrix();
+// A box along the axes that holds the mapped outline: its vertices and the
+// whole mapped circles of its arc segments hold it (a rounding stays within
+// the corner it rounds).
+struct Box {
   double x0 = std::numeric_limits<double>::infinity(), y0 = x0, x1 = -x0, y1 = -x0;
-  auto enclose = [&](const V& q, double rx, double ry) {
+  void enclose(const V& q, double rx, double ry) noexcept {
     x0 = std::min(x0, q.x() - rx);
     x1 = std::max(x1, q.x() + rx);
     y0 = std::min(y0, q.y() - ry);
     y1 = std::max(y1, q.y() + ry);
-  };
+  }
+};
+
+Box outlineBox(const Poly& p, const kcXform<2>& toPels) {
+  const kcMatrix<2>& m = toPels.matrix();
+  Box box;
   const int n = static_cast<int>(p.vertices().size());
   for (int v = 0; v < n; ++v) {
-    enclose(toPels * p.vertices()[v].point(), 0.0, 0.0);
+    box.enclose(toPels * p.vertices()[v].point(), 0.0, 0.0);
     if (!P::segmentExists_(p, v) || !P::isArcSegment_(p, v)) continue;
     const kc2SegmentArc arc = P::arcSegment_(p, v);
     const double r = arc.radius_();
-    enclose(toPels * arc.center_(), r * std::hypot(m.element(0, 0), m.element(0, 1)),
-            r * std::hypot(m.element(1, 0), m.element(1, 1)));
+    box.enclose(toPels * arc.center_(), r * std::hypot(m.element(0, 0), m.element(0, 1)),
+                r * std::hypot(m.element(1, 0), m.element(1, 1)));
   }
-  return x1 >= 0.0 && y1 >= 0.0 && x0 <= width && y0 <= height;
+  return box;
+}
+
+// The fill and the outline, with rounding that need not saturate when
+// kSafe.
+template <bool kSafe>
+void draw(const Poly& p, const kcXform<2>& toPels, const kcRasterPels_& pels, unsigned char grey, bool fill,
+          bool outline) {
+  const kcMatrix<2>& m = toPels.matrix();
+  thread_local kcRasterFill_ table;
+  table.clear();
+  // The outline is one pel wide, drawn as one pen stroke.
+  kcRasterPen_<kSafe> pen(pels, grey);
+  forEachPiece(
+      p,
+      [&](const V& from, const V& to) {
+        const V a = toPels * from, b = toPels * to;
+        if (fill) table.line(a, b);
+        if (!outline) return;
+        pen.moveTo(a);
+        pen.lineTo(b);
+      },
+      [&](const V& centre, double r, const V& from, const V& to, double span) {
+        if (fill) {
+          const double inverse = 1.0 / r;
+          table.arc({toPels * centre, r * m.element(0, 0), r * m.element(0, 1), r * m.element(1, 0),
+                     r * m.element(1, 1), (from - centre) * inverse, (to - centre) * inverse, span,
+                     toPels * from, toPels * to});
+        }
+        if (outline) pen.arc(centre, from, to, span, toPels);
+      });
+  if (!fill) return;
+  // An open poly is filled as if a straight segment closed it.
+  if (p.isOpen()) table.line(toPels * p.vertices().back().point(), toPels * p.vertices().front().point());
+  table.fill(pels, grey);
 }
 }  // namespace
 
@@ -108,34 +146,16 @@ void kcSMDGDPolyPrivate::drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& x
   const kcXform<2> toPels =
       kcXform<2>(kcMatrix<2>(), kcVector<2>(-pelBuffer.offsetX(), -pelBuffer.offsetY())) *
       pelBuffer.imageFromClientXform() * xform;
-  if (!mayShow(p, toPels, pelBuffer.width(), pelBuffer.height())) return;
-  const kcMatrix<2>& m = toPels.matrix();
+  // Nothing is drawn when the outline misses the window.
+  const Box box = outlineBox(p, toPels);
+  if (!(box.x1 >= 0.0 && box.y1 >= 0.0 && box.x0 <= pelBuffer.width() && box.y0 <= pelBuffer.height()))
+    return;
   const kcRasterPels_ pels(pelBuffer);
-  thread_local kcRasterFill_ table;
-  table.clear();
-  // At least as far as a mapped unit vector reaches.
-  const double reach = std::sqrt(m.element(0, 0) * m.element(0, 0) + m.element(0, 1) * m.element(0, 1) +
-                                 m.element(1, 0) * m.element(1, 0) + m.element(1, 1) * m.element(1, 1));
-  // The outline is one pel wide, drawn as one pen stroke.
-  kcRasterPen_ pen(pels, grey);
-  forEachPiece(
-      p,
-      [&](const V& from, const V& to) {
-        const V a = toPels * from, b = toPels * to;
-        if (fill) table.line(a, b);
-        if (!outline) return;
-        pen.moveTo(a);
-        pen.lineTo(b);
-      },
-      [&](const V& centre, double r, const V& from, const V& to, double span) {
-        if (fill)
-          table.arc({toPels * centre, r * m.element(0, 0), r * m.element(0, 1), r * m.element(1, 0),
-                     r * m.element(1, 1), (from - centre) / r, (to - centre) / r, span, toPels * from,
-                     toPels * to});
-        if (outline) pen.arc(centre, from, to, span, toPels, r * reach);
-      });
-  if (!fill) return;
-  // An open poly is filled as if a straight segment closed it.
-  if (p.open_) table.line(toPels * p.vertices_.back().point(), toPels * p.vertices_.front().point());
-  table.fill(pels, grey);
+  // Well inside the range of rounding (the chords of an arc stay within
+  // its circle).
+  constexpr double kSafe = kcRaster_::kInRange / 2;
+  if (box.x0 > -kSafe && box.x1 < kSafe && box.y0 > -kSafe && box.y1 < kSafe)
+    draw<true>(p, toPels, pels, grey, fill, outline);
+  else
+    draw<false>(p, toPels, pels, grey, fill, outline);
 }

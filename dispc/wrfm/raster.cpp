@@ -121,7 +121,7 @@ void drawLinePelBuf(Buffer buffer, const kc2SegmentLine& line, const kcXform<2>&
     kfRasterLine_(pels, a, b, pelValue(grey), width, false);
     return;
   }
-  kcRasterPen_ pen(pels, pelValue(grey));
+  kcRasterPen_<false> pen(pels, pelValue(grey));
   pen.moveTo(a);
   pen.lineTo(b);
 }
@@ -129,7 +129,7 @@ void drawLinePelBuf(Buffer buffer, const kc2SegmentLine& line, const kcXform<2>&
 void drawArcPelBuf(Buffer buffer, const kc2SegmentArc& arc, const kcXform<2>& xform, signed char grey,
                    signed char width, double* minX, double* maxX, double* minY, double* maxY) {
   const kcRasterPels_ pels(buffer);
-  kcRasterPen_ pen(pels, pelValue(grey));
+  kcRasterPen_<false> pen(pels, pelValue(grey));
   bool startSet = false;  // the chords after the first start on a pel already set
   forEachChord(arc, xform, minX, maxX, minY, maxY, [&](const kcVector<2>& a, const kcVector<2>& b) {
     if (width > 1) {

@@ -88,6 +88,21 @@ template <bool kSafe>
       std::min<long>(floorAt<kSafe>(std::max(a0, b0) - 0.5), (alongX ? pels.width() : pels.height()) - 1));
   if (first > last) return;
   const double slope = (b1 - a1) / (b0 - a0);
+  if (last - first <= 1) {
+    // One centre or two, the common case of a short line: both ends of the
+    // range are set (the same pel twice when it is one), without a branch
+    // on which.
+    const std::int32_t minor0 = floorAt<kSafe>((first + 0.5 - a0) * slope + a1);
+    const std::int32_t minor1 = floorAt<kSafe>((last + 0.5 - a0) * slope + a1);
+    if (alongX) {
+      pels.put(first, minor0, grey);
+      pels.put(last, minor1, grey);
+    } else {
+      pels.put(minor0, first, grey);
+      pels.put(minor1, last, grey);
+    }
+    return;
+  }
   // Locals, which a store through a pel pointer cannot alias; the centre
   // m + 0.5 is counted up exactly.
   unsigned char* const origin = pels.row(0);
@@ -111,29 +126,33 @@ template <bool kSafe>
 
 }  // namespace kcRaster_
 
-// How many chords an arc of the given sweep (degrees) is cut into.
+// How many chords an arc of the given sweep (degrees) is cut into: one more
+// than the whole 5-degree steps in it, so that no chord turns by 5 degrees
+// or more (counts past a million sweeps, which no outline has, are cut).
 [[nodiscard]] inline int kfRasterChordCount_(double span) noexcept {
-  return static_cast<int>(std::trunc(std::fabs(span * 0.2))) + 1;
+  constexpr double kMost = 1 << 30;
+  const double steps = std::trunc(std::fabs(span * 0.2));
+  return steps < kMost ? static_cast<int>(steps) + 1 : static_cast<int>(kMost);
 }
 
 // The turn from one chord end to the next: n chords, each turning the
-// radius vector by (cos, sin). Outlines repeat sweeps (the corners of a
-// rectangle), so the last turn is kept per thread.
+// radius vector by (cos, sin). A chord turns by less than 5 degrees (0.0873
+// radians), where the series below are exact to the last bit or two: plain
+// arithmetic, so the chords are the same on every machine, whatever its
+// library's sine.
 struct kcRasterTurn_ {
   int n;
   double cos, sin;
 };
 [[nodiscard]] inline kcRasterTurn_ kfRasterTurn_(double span) noexcept {
   constexpr double kPerDegree = 0.017453292519943295;
-  thread_local double lastSpan = 0.0;
-  thread_local kcRasterTurn_ last{1, 1.0, 0.0};
-  if (span != lastSpan) {
-    const int n = kfRasterChordCount_(span);
-    const double step = span / n * kPerDegree;
-    last = {n, std::cos(step), std::sin(step)};
-    lastSpan = span;
-  }
-  return last;
+  const int n = kfRasterChordCount_(span);
+  const double t = span / n * kPerDegree;
+  if (!(std::fabs(t) < 0.0873)) return {n, std::cos(t), std::sin(t)};
+  const double t2 = t * t;
+  const double c = 1.0 - t2 / 2.0 * (1.0 - t2 / 12.0 * (1.0 - t2 / 30.0 * (1.0 - t2 / 56.0)));
+  const double s = t * (1.0 - t2 / 6.0 * (1.0 - t2 / 20.0 * (1.0 - t2 / 42.0 * (1.0 - t2 / 72.0))));
+  return {n, c, s};
 }
 
 // The chord ends of a circular arc in client space, from `from` turning by
@@ -186,50 +205,43 @@ void kfRasterChords_(const kcVector<2>& centre, const kcVector<2>& from, const k
 // pels of its major-axis centres (kcRaster_::centrePels) and the pels
 // holding its ends, a pel where one line ends and the next begins once. A
 // line that starts and ends in one pel sets nothing more: the pel is set
-// already. Outlines of many chords shorter than a pel (small roundings)
-// cost little more than their pels.
+// already (a line between two far-off points whose pels saturate alike
+// stays outside the window). Outlines of many chords shorter than a pel
+// (small roundings) cost little more than their pels. kSafe: every point
+// the pen meets lies within kcRaster_::kInRange, and rounds without
+// saturating.
+template <bool kSafe>
 class kcRasterPen_ {
  public:
   kcRasterPen_(const kcRasterPels_& pels, unsigned char grey) noexcept : pels_(pels), grey_(grey) {}
 
   // Puts the pen down at a, setting its pel, unless it is there already.
-  void moveTo(const kcVector<2>& a) noexcept {
-    if (a != spot_.at) place(spot_, a);
+  [[gnu::always_inline]] void moveTo(const kcVector<2>& a) noexcept {
+    if (a != spot_.at) spot_ = place(a);
   }
   // The line from where the pen is to b.
-  void lineTo(const kcVector<2>& b) noexcept {
-    if (b == spot_.at) return;
-    const Spot from = spot_;
-    place(spot_, b);
-    if (!kcRaster_::inRange(from.at) || !kcRaster_::inRange(b))
-      kcRaster_::centrePels<false>(pels_, from.at, b, grey_);
-    else if (spot_.x != from.x || spot_.y != from.y)
-      kcRaster_::centrePels<true>(pels_, from.at, b, grey_);
-  }
+  [[gnu::always_inline]] void lineTo(const kcVector<2>& b) noexcept { spot_ = line(spot_, b); }
   // The chords of an arc (as kfRasterChords_ cuts them), from its start.
-  // reach: how far the mapped arc can lie from its mapped centre.
   void arc(const kcVector<2>& centre, const kcVector<2>& from, const kcVector<2>& to, double span,
-           const kcXform<2>& toPels, double reach) noexcept {
+           const kcXform<2>& toPels) noexcept {
     moveTo(toPels * from);
+    // The pen's place in a local, which a pel store cannot alias: it stays
+    // in registers along the chords.
+    kcVector<2> at = spot_.at;
+    std::int32_t x = spot_.x, y = spot_.y;
     kcRasterArcWalk_ walk(centre, from, to, span, toPels);
-    const kcVector<2> c = toPels * centre;
-    if (!(std::fabs(c.x()) + reach < kcRaster_::kInRange && std::fabs(c.y()) + reach < kcRaster_::kInRange)) {
-      for (kcVector<2> q; walk.next(q);) lineTo(q);
-      return;
-    }
-    // Every chord end rounds without saturating. The pen's place is kept in
-    // locals, which a pel store cannot alias: they stay in registers.
-    Spot spot = spot_;
     for (kcVector<2> q; walk.next(q);) {
-      if (q == spot.at) continue;
-      const std::int32_t x = kcRaster_::floorIn(q.x()), y = kcRaster_::floorIn(q.y());
-      if (x != spot.x || y != spot.y) {
-        pels_.put(x, y, grey_);
-        kcRaster_::centrePels<true>(pels_, spot.at, q, grey_);
+      if (q == at) continue;
+      const std::int32_t qx = kcRaster_::floorAt<kSafe>(q.x()), qy = kcRaster_::floorAt<kSafe>(q.y());
+      if (qx != x || qy != y) {
+        pels_.put(qx, qy, grey_);
+        kcRaster_::centrePels<kSafe>(pels_, at, q, grey_);
       }
-      spot = {q, x, y};
+      at = q;
+      x = qx;
+      y = qy;
     }
-    spot_ = spot;
+    spot_ = {at, x, y};
   }
 
  private:
@@ -240,11 +252,19 @@ class kcRasterPen_ {
     std::int32_t x = 0, y = 0;
   };
 
-  void place(Spot& spot, const kcVector<2>& a) const noexcept {
-    spot.at = a;
-    spot.x = floorTol(a.x());
-    spot.y = floorTol(a.y());
+  [[gnu::always_inline]] Spot place(const kcVector<2>& a) const noexcept {
+    const Spot spot{a, kcRaster_::floorAt<kSafe>(a.x()), kcRaster_::floorAt<kSafe>(a.y())};
     pels_.put(spot.x, spot.y, grey_);
+    return spot;
+  }
+  [[gnu::always_inline]] Spot line(const Spot& from, const kcVector<2>& b) const noexcept {
+    if (b == from.at) return from;
+    const Spot to{b, kcRaster_::floorAt<kSafe>(b.x()), kcRaster_::floorAt<kSafe>(b.y())};
+    if (to.x != from.x || to.y != from.y) {
+      pels_.put(to.x, to.y, grey_);
+      kcRaster_::centrePels<kSafe>(pels_, from.at, b, grey_);
+    }
+    return to;
   }
 
   const kcRasterPels_& pels_;
@@ -264,7 +284,7 @@ class kcRasterFill_ {
  public:
   void clear() noexcept { edges_.clear(); }
   // The line p-q.
-  void line(kcVector<2> p, kcVector<2> q);
+  void line(const kcVector<2>& p, const kcVector<2>& q);
   // The elliptical arc x = x0 + a ux + b uy, y = y0 + c ux + d uy over the
   // unit vectors u that turn from u0 by sweep degrees (counter-clockwise
   // when positive) to u1, running from pel point p0 to p1.
@@ -288,7 +308,10 @@ class kcRasterFill_ {
   };
   void add(const Edge& e, double top, double bottom);
 
-  std::vector<Edge> edges_, sorted_, active_;
-  std::vector<std::uint32_t> starts_;
+  std::vector<Edge> edges_;
+  // Per row from the first that an edge starts in, the last edge starting
+  // there; per edge, the one before it in its row's list.
+  std::vector<std::uint32_t> heads_, next_;
+  std::vector<std::uint32_t> active_;
   std::vector<double> xs_;
 };

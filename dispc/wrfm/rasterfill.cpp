@@ -49,12 +49,14 @@ void kcRasterFill_::add(const Edge& e, double top, double bottom) {
   kept.last = last;
 }
 
-void kcRasterFill_::line(kcVector<2> p, kcVector<2> q) {
+void kcRasterFill_::line(const kcVector<2>& p, const kcVector<2>& q) {
   if (p.y() == q.y()) return;  // a horizontal line crosses no row centre in its inside
   // The upper end first, so that an edge shared by two outlines gives the
   // same crossings whichever way each travels it.
-  if (p.y() > q.y()) std::swap(p, q);
-  add({p.x(), p.y(), (q.x() - p.x()) / (q.y() - p.y()), 0.0, 0.0, 0, 0}, p.y(), q.y());
+  const bool down = p.y() < q.y();
+  const double x0 = down ? p.x() : q.x(), y0 = down ? p.y() : q.y();
+  const double x1 = down ? q.x() : p.x(), y1 = down ? q.y() : p.y();
+  add({x0, y0, (x1 - x0) / (y1 - y0), 0.0, 0.0, 0, 0}, y0, y1);
 }
 
 // On the ellipse a row at y0 + dy is crossed at
@@ -115,10 +117,11 @@ void kcRasterFill_::arc(const Arc& arc) {
 void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
   const auto height = static_cast<std::int32_t>(pels.height());
   const long width = pels.width();
-  // The edges that meet the window, in order of their first row: a counting
-  // sort over the rows they start in (edges that start above the window
-  // count from its first row), linear where a comparison sort of thousands
-  // of edges would cost more than filling their rows.
+  // The edges that meet the window, in buckets by the row they start in
+  // (edges that start above the window count from its first row): each
+  // bucket a list threaded through next_, built in one pass with no copy of
+  // an edge, where a sort of thousands of edges would cost more than
+  // filling their rows.
   std::int32_t top = height, bottom = -1;
   for (const Edge& e : edges_)
     if (e.last >= 0 && e.first < height) {
@@ -127,65 +130,74 @@ void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
       bottom = std::max(bottom, from);
     }
   if (bottom < top) return;
-  starts_.assign(static_cast<std::size_t>(bottom - top) + 2, 0);
-  for (const Edge& e : edges_)
-    if (e.last >= 0 && e.first < height) ++starts_[std::max(e.first, top) - top + 1];
-  for (std::size_t r = 1; r < starts_.size(); ++r) starts_[r] += starts_[r - 1];
-  sorted_.resize(starts_.back());
-  for (const Edge& e : edges_)
-    if (e.last >= 0 && e.first < height) sorted_[starts_[std::max(e.first, top) - top]++] = e;
+  constexpr std::uint32_t kNone = ~std::uint32_t{0};
+  heads_.assign(static_cast<std::size_t>(bottom - top) + 1, kNone);
+  next_.resize(edges_.size());
+  for (std::uint32_t i = 0; i < edges_.size(); ++i) {
+    const Edge& e = edges_[i];
+    if (e.last < 0 || e.first >= height) continue;
+    std::uint32_t& head = heads_[std::max(e.first, top) - top];
+    next_[i] = head;
+    head = i;
+  }
   active_.clear();
-  xs_.resize(sorted_.size());
+  xs_.resize(edges_.size());
 
-  const double right = static_cast<double>(width) + 1.0;
+  const double beyond = static_cast<double>(width) + 1.0;
   // A line has branch and h 0: one formula for both. Crossings beyond the
   // window count as just beyond it, so that they round without saturating
   // (NaN counts as left of it).
-  auto crossing = [right](const Edge& e, double yc) {
+  auto crossing = [beyond](const Edge& e, double yc) {
     const double dy = yc - e.y0;
     const double x = e.x0 + e.slope * dy + e.branch * std::sqrt(std::max(0.0, e.h - dy * dy));
-    return std::max(-1.0, std::min(x, right));
+    return std::max(-1.0, std::min(x, beyond));
   };
   // Pels whose centres lie in [left, right).
-  auto span = [&](std::int32_t row, double left, double rightEnd) {
+  auto span = [&](std::int32_t row, double left, double right) {
     const long from = std::max<long>(kcRaster_::ceilIn(left - 0.5), 0);
-    const long to = std::min<long>(kcRaster_::ceilIn(rightEnd - 0.5), width);
+    const long to = std::min<long>(kcRaster_::ceilIn(right - 0.5), width);
     if (from < to) std::fill(pels.row(row) + from, pels.row(row) + to, grey);
   };
-  std::size_t next = 0;
+  // The next row at or after row whose bucket holds an edge, or height.
+  std::int32_t starting = top;
+  auto nextStart = [&](std::int32_t row) {
+    starting = std::max(starting, row);
+    while (starting <= bottom && heads_[starting - top] == kNone) ++starting;
+    return starting <= bottom ? starting : height;
+  };
   for (std::int32_t row = top; row < height;) {
-    while (next < sorted_.size() && sorted_[next].first <= row) active_.push_back(sorted_[next++]);
+    if (row <= bottom)
+      for (std::uint32_t i = heads_[row - top]; i != kNone; i = next_[i]) active_.push_back(i);
     // Order among the active edges does not matter: the crossings are sorted.
-    std::erase_if(active_, [row](const Edge& e) { return e.last < row; });
+    std::erase_if(active_, [&](std::uint32_t i) { return edges_[i].last < row; });
+    // The rows until an edge joins or leaves.
+    std::int32_t stop = nextStart(row + 1);
     if (active_.empty()) {
-      if (next == sorted_.size()) break;
-      row = sorted_[next].first;
+      row = stop;
       continue;
     }
-    // The rows until an edge joins or leaves.
-    std::int32_t stop = next < sorted_.size() ? std::min(height, sorted_[next].first) : height;
-    for (const Edge& e : active_) stop = std::min(stop, e.last + 1);
+    for (const std::uint32_t i : active_) stop = std::min(stop, edges_[i].last + 1);
     if (active_.size() == 2) {
       // One span a row, the common case: the crossings of a block of rows
       // are worked out before any is filled, so that their long chains of
       // arithmetic overlap instead of waiting on each row's fill.
-      const Edge &e1 = active_[0], &e2 = active_[1];
+      const Edge &e1 = edges_[active_[0]], &e2 = edges_[active_[1]];
       for (std::int32_t r = row; r < stop; r += kBlock) {
         const std::int32_t rows = std::min(kBlock, stop - r);
-        double left[kBlock], rights[kBlock];
+        double lefts[kBlock], rights[kBlock];
         for (std::int32_t k = 0; k < rows; ++k) {
           const double yc = r + k + 0.5;
           const double x1 = crossing(e1, yc), x2 = crossing(e2, yc);
-          left[k] = std::min(x1, x2);
+          lefts[k] = std::min(x1, x2);
           rights[k] = std::max(x1, x2);
         }
-        for (std::int32_t k = 0; k < rows; ++k) span(r + k, left[k], rights[k]);
+        for (std::int32_t k = 0; k < rows; ++k) span(r + k, lefts[k], rights[k]);
       }
     } else {
       for (std::int32_t r = row; r < stop; ++r) {
         const double yc = r + 0.5;
         std::size_t count = 0;
-        for (const Edge& e : active_) xs_[count++] = crossing(e, yc);
+        for (const std::uint32_t i : active_) xs_[count++] = crossing(edges_[i], yc);
         if (count > kInsertionSortLimit)
           std::sort(xs_.begin(), xs_.begin() + static_cast<std::ptrdiff_t>(count));
         else
@@ -197,10 +209,11 @@ void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
   }
   if (edges_.capacity() > kKeptEdges) {
     edges_ = {};
-    sorted_ = {};
+    next_ = {};
     active_ = {};
     xs_ = {};
   }
+  if (heads_.capacity() > kKeptEdges) heads_ = {};
 }
 
 void kfFillPelBuf(kcPelBuffer<unsigned char> buffer, std::span<const kc2SegmentLine> lines,
