@@ -20,7 +20,9 @@ function(dispc_add_library name)
                                            SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "\$ORIGIN")
   target_compile_features(${name} PUBLIC cxx_std_20)
   # Calls within the library bind to its own functions, so they can be inlined.
-  target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+  # No fused multiply-adds, whatever the target: the same arithmetic, and the
+  # same pels, on every machine and build.
+  target_compile_options(${name} PRIVATE -fno-semantic-interposition -ffp-contract=off)
   dispc_warnings(${name})
   target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
                                             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

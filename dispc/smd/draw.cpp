@@ -16,6 +16,9 @@
 #include "dispc/wrfm/raster_p.h"
 
 namespace {
+// Outline paths this long are given back after use rather than kept.
+constexpr std::size_t kKeptPoints = std::size_t{1} << 16;
+
 using Poly = kcSMDGDPoly;
 using P = kcSMDGDPolyPrivate;
 using V = kcVector<2>;
@@ -26,7 +29,7 @@ V leftNormal(const V& v) noexcept { return V(-v.y(), v.x()); }
 V unit(const V& v) noexcept {
   const double q = v.x() * v.x() + v.y() * v.y();
   const double length = q > 1e-300 && q < 1e300 ? std::sqrt(q) : std::hypot(v.x(), v.y());
-  return v / length;
+  return v * (1.0 / length);
 }
 
 // The centre of vertex v's rounding arc: from the arc's start, one radius to
@@ -39,7 +42,8 @@ V roundingCentre(const Poly& p, int v, double radius, double span) {
     along = leftNormal(start - arc.center_());
     if (arc.angleSpan_().toDouble() < 0.0) along = -along;
   } else {
-    along = p.vertices()[v].point() - p.vertices()[P::previousVertexIndex_(p, v)].point();
+    // Vertex v's incoming segment starts at the vertex before it.
+    along = p.vertices()[v].point() - p.vertices()[v > 0 ? v - 1 : p.vertices().size() - 1].point();
   }
   const V side = leftNormal(unit(along));
   return span >= 0.0 ? start + radius * side : start - radius * side;
@@ -104,22 +108,32 @@ Box outlineBox(const Poly& p, const kcXform<2>& toPels) {
 
 // The fill and the outline, with rounding that need not saturate when
 // kSafe.
+// What drawing keeps from one poly to the next, so that it allocates
+// nothing once it has seen a poly as large.
+struct Scratch {
+  kcRasterFill_ table;
+  // The outline as one polyline in pels (its arcs as chords), gathered
+  // first and drawn after: the arithmetic of the points does not wait on
+  // the pen's branches.
+  std::vector<V> path;
+};
+
 template <bool kSafe>
 void draw(const Poly& p, const kcXform<2>& toPels, const kcRasterPels_& pels, unsigned char grey, bool fill,
-          bool outline) {
+          bool outline, Scratch& scratch) {
   const kcMatrix<2>& m = toPels.matrix();
-  thread_local kcRasterFill_ table;
+  kcRasterFill_& table = scratch.table;
+  std::vector<V>& path = scratch.path;
   table.clear();
-  // The outline is one pel wide, drawn as one pen stroke.
-  kcRasterPen_<kSafe> pen(pels, grey);
+  path.clear();
   forEachPiece(
       p,
       [&](const V& from, const V& to) {
         const V a = toPels * from, b = toPels * to;
         if (fill) table.line(a, b);
         if (!outline) return;
-        pen.moveTo(a);
-        pen.lineTo(b);
+        if (path.empty() || path.back() != a) path.push_back(a);
+        path.push_back(b);
       },
       [&](const V& centre, double r, const V& from, const V& to, double span) {
         if (fill) {
@@ -128,8 +142,16 @@ void draw(const Poly& p, const kcXform<2>& toPels, const kcRasterPels_& pels, un
                      r * m.element(1, 1), (from - centre) * inverse, (to - centre) * inverse, span,
                      toPels * from, toPels * to});
         }
-        if (outline) pen.arc(centre, from, to, span, toPels);
+        if (!outline) return;
+        const V a = toPels * from;
+        if (path.empty() || path.back() != a) path.push_back(a);
+        kcRasterArcWalk_ walk(centre, from, to, span, toPels);
+        for (V q; walk.next(q);) path.push_back(q);
       });
+  // The outline is one pel wide, drawn as one pen stroke.
+  kcRasterPen_<kSafe> pen(pels, grey);
+  pen.polyline(path.data(), path.size());
+  if (path.capacity() > kKeptPoints) path = {};
   if (!fill) return;
   // An open poly is filled as if a straight segment closed it.
   if (p.isOpen()) table.line(toPels * p.vertices().back().point(), toPels * p.vertices().front().point());
@@ -151,11 +173,12 @@ void kcSMDGDPolyPrivate::drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& x
   if (!(box.x1 >= 0.0 && box.y1 >= 0.0 && box.x0 <= pelBuffer.width() && box.y0 <= pelBuffer.height()))
     return;
   const kcRasterPels_ pels(pelBuffer);
+  thread_local Scratch scratch;
   // Well inside the range of rounding (the chords of an arc stay within
   // its circle).
   constexpr double kSafe = kcRaster_::kInRange / 2;
   if (box.x0 > -kSafe && box.x1 < kSafe && box.y0 > -kSafe && box.y1 < kSafe)
-    draw<true>(p, toPels, pels, grey, fill, outline);
+    draw<true>(p, toPels, pels, grey, fill, outline, scratch);
   else
-    draw<false>(p, toPels, pels, grey, fill, outline);
+    draw<false>(p, toPels, pels, grey, fill, outline, scratch);
 }

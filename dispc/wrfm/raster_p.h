@@ -149,9 +149,13 @@ struct kcRasterTurn_ {
   const int n = kfRasterChordCount_(span);
   const double t = span / n * kPerDegree;
   if (!(std::fabs(t) < 0.0873)) return {n, std::cos(t), std::sin(t)};
+  // Taylor coefficients, multiplied rather than divided by: a chain of
+  // divisions would cost more than the chords.
+  constexpr double c2 = -1.0 / 2, c4 = 1.0 / 24, c6 = -1.0 / 720, c8 = 1.0 / 40320;
+  constexpr double s3 = -1.0 / 6, s5 = 1.0 / 120, s7 = -1.0 / 5040, s9 = 1.0 / 362880;
   const double t2 = t * t;
-  const double c = 1.0 - t2 / 2.0 * (1.0 - t2 / 12.0 * (1.0 - t2 / 30.0 * (1.0 - t2 / 56.0)));
-  const double s = t * (1.0 - t2 / 6.0 * (1.0 - t2 / 20.0 * (1.0 - t2 / 42.0 * (1.0 - t2 / 72.0))));
+  const double c = 1.0 + t2 * (c2 + t2 * (c4 + t2 * (c6 + t2 * c8)));
+  const double s = t + t * t2 * (s3 + t2 * (s5 + t2 * (s7 + t2 * s9)));
   return {n, c, s};
 }
 
@@ -217,16 +221,43 @@ class kcRasterPen_ {
 
   // Puts the pen down at a, setting its pel, unless it is there already.
   [[gnu::always_inline]] void moveTo(const kcVector<2>& a) noexcept {
-    if (a != spot_.at) spot_ = place(a);
+    if (a != spot_.at) spot_ = place(pels_, a);
   }
   // The line from where the pen is to b.
-  [[gnu::always_inline]] void lineTo(const kcVector<2>& b) noexcept { spot_ = line(spot_, b); }
+  [[gnu::always_inline]] void lineTo(const kcVector<2>& b) noexcept {
+    const kcRasterPels_ pels = pels_;
+    spot_ = line(pels, spot_, b);
+  }
+  // The lines from points[0] through the rest, in order.
+  void polyline(const kcVector<2>* points, std::size_t n) noexcept {
+    if (n == 0) return;
+    moveTo(points[0]);
+    // The pels and the pen's place in locals, which a pel store cannot
+    // alias: they stay in registers along the lines.
+    const kcRasterPels_ pels = pels_;
+    kcVector<2> at = spot_.at;
+    std::int32_t x = spot_.x, y = spot_.y;
+    for (std::size_t i = 1; i < n; ++i) {
+      const kcVector<2>& q = points[i];
+      if (q == at) continue;
+      const std::int32_t qx = kcRaster_::floorAt<kSafe>(q.x()), qy = kcRaster_::floorAt<kSafe>(q.y());
+      if (qx != x || qy != y) {
+        pels.put(qx, qy, grey_);
+        kcRaster_::centrePels<kSafe>(pels, at, q, grey_);
+      }
+      at = q;
+      x = qx;
+      y = qy;
+    }
+    spot_ = {at, x, y};
+  }
   // The chords of an arc (as kfRasterChords_ cuts them), from its start.
   void arc(const kcVector<2>& centre, const kcVector<2>& from, const kcVector<2>& to, double span,
            const kcXform<2>& toPels) noexcept {
     moveTo(toPels * from);
-    // The pen's place in a local, which a pel store cannot alias: it stays
-    // in registers along the chords.
+    // The pels and the pen's place in locals, which a pel store cannot
+    // alias: they stay in registers along the chords.
+    const kcRasterPels_ pels = pels_;
     kcVector<2> at = spot_.at;
     std::int32_t x = spot_.x, y = spot_.y;
     kcRasterArcWalk_ walk(centre, from, to, span, toPels);
@@ -234,8 +265,8 @@ class kcRasterPen_ {
       if (q == at) continue;
       const std::int32_t qx = kcRaster_::floorAt<kSafe>(q.x()), qy = kcRaster_::floorAt<kSafe>(q.y());
       if (qx != x || qy != y) {
-        pels_.put(qx, qy, grey_);
-        kcRaster_::centrePels<kSafe>(pels_, at, q, grey_);
+        pels.put(qx, qy, grey_);
+        kcRaster_::centrePels<kSafe>(pels, at, q, grey_);
       }
       at = q;
       x = qx;
@@ -252,22 +283,23 @@ class kcRasterPen_ {
     std::int32_t x = 0, y = 0;
   };
 
-  [[gnu::always_inline]] Spot place(const kcVector<2>& a) const noexcept {
+  [[gnu::always_inline]] Spot place(const kcRasterPels_& pels, const kcVector<2>& a) const noexcept {
     const Spot spot{a, kcRaster_::floorAt<kSafe>(a.x()), kcRaster_::floorAt<kSafe>(a.y())};
-    pels_.put(spot.x, spot.y, grey_);
+    pels.put(spot.x, spot.y, grey_);
     return spot;
   }
-  [[gnu::always_inline]] Spot line(const Spot& from, const kcVector<2>& b) const noexcept {
+  [[gnu::always_inline]] Spot line(const kcRasterPels_& pels, const Spot& from,
+                                   const kcVector<2>& b) const noexcept {
     if (b == from.at) return from;
     const Spot to{b, kcRaster_::floorAt<kSafe>(b.x()), kcRaster_::floorAt<kSafe>(b.y())};
     if (to.x != from.x || to.y != from.y) {
-      pels_.put(to.x, to.y, grey_);
-      kcRaster_::centrePels<kSafe>(pels_, from.at, b, grey_);
+      pels.put(to.x, to.y, grey_);
+      kcRaster_::centrePels<kSafe>(pels, from.at, b, grey_);
     }
     return to;
   }
 
-  const kcRasterPels_& pels_;
+  kcRasterPels_ pels_;
   unsigned char grey_;
   Spot spot_;
 };

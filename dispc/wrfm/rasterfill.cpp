@@ -7,6 +7,7 @@
 // y turns, and each row's crossing is solved on the ellipse.
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <vector>
 
@@ -26,6 +27,28 @@ constexpr std::size_t kKeptEdges = std::size_t{1} << 16;
 double diamondAngle(double x, double y) noexcept {
   if (y >= 0.0) return x >= 0.0 ? y / (x + y) : 1.0 - x / (y - x);
   return x < 0.0 ? 2.0 - y / (-x - y) : 3.0 + x / (x - y);
+}
+
+// Sets line[from..to) to grey: short spans in 16-pel stores, where a call
+// to memset and its choice of method would cost more than the stores.
+void fillPels(unsigned char* line, long from, long to, unsigned char grey) noexcept {
+  constexpr long kLong = 128;
+  if (from >= to) return;
+  unsigned char* p = line + from;
+  const long n = to - from;
+  if (n >= kLong) {
+    std::memset(p, grey, static_cast<std::size_t>(n));
+    return;
+  }
+  if (n < 16) {
+    for (long i = 0; i < n; ++i) p[i] = grey;
+    return;
+  }
+  unsigned char block[16];
+  std::memset(block, grey, sizeof block);
+  // The last store may overlap the one before it.
+  for (long i = 0; i + 16 < n; i += 16) std::memcpy(p + i, block, 16);
+  std::memcpy(p + n - 16, block, 16);
 }
 
 void insertionSort(double* xs, std::size_t n) noexcept {
@@ -68,7 +91,7 @@ void kcRasterFill_::line(const kcVector<2>& p, const kcVector<2>& q) {
 void kcRasterFill_::arc(const Arc& arc) {
   const double h = arc.c * arc.c + arc.d * arc.d;
   if (h == 0.0) return;  // flattened onto one row: crosses no row centre
-  const double root = std::sqrt(h);
+  const double root = std::sqrt(h), overRoot = 1.0 / root, overH = 1.0 / h;
   const double det = arc.a * arc.d - arc.b * arc.c;
   const double turn = arc.sweep >= 0.0 ? 1.0 : -1.0;
   // The ys at which the arc's pieces meet, in the order of travel.
@@ -78,7 +101,7 @@ void kcRasterFill_::arc(const Arc& arc) {
   Stop stops[4] = {{0.0, arc.p0.y()}, {0.0, 0.0}, {0.0, 0.0}, {0.0, arc.p1.y()}};
   int n = 1;
   // The directions u at which y is highest (largest) and lowest.
-  const double nx = arc.c / root, ny = arc.d / root;
+  const double nx = arc.c * overRoot, ny = arc.d * overRoot;
   if (std::fabs(arc.sweep) <= 180.0) {
     // At most one of two opposite directions lies within: the one on the
     // inner side of both ends.
@@ -104,12 +127,12 @@ void kcRasterFill_::arc(const Arc& arc) {
     if (n == 3 && stops[2].at < stops[1].at) std::swap(stops[1], stops[2]);
   }
   stops[n++] = stops[3];
-  const Edge e{arc.centre.x(), arc.centre.y(), (arc.a * arc.c + arc.b * arc.d) / h, h, 0.0, 0, 0};
+  const Edge e{arc.centre.x(), arc.centre.y(), (arc.a * arc.c + arc.b * arc.d) * overH, h, 0.0, 0, 0};
   for (int k = 0; k + 1 < n; ++k) {
     const double y1 = stops[k].y, y2 = stops[k + 1].y;
     if (y1 == y2) continue;
     Edge piece = e;
-    piece.branch = det / h * (y2 > y1 ? turn : -turn);
+    piece.branch = det * overH * (y2 > y1 ? turn : -turn);
     add(piece, std::min(y1, y2), std::max(y1, y2));
   }
 }
@@ -152,11 +175,12 @@ void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
     const double x = e.x0 + e.slope * dy + e.branch * std::sqrt(std::max(0.0, e.h - dy * dy));
     return std::max(-1.0, std::min(x, beyond));
   };
-  // Pels whose centres lie in [left, right).
+  // The first and the one past the last pel whose centres lie in
+  // [left, right).
+  auto first = [](double left) { return std::max<long>(kcRaster_::ceilIn(left - 0.5), 0); };
+  auto end = [width](double right) { return std::min<long>(kcRaster_::ceilIn(right - 0.5), width); };
   auto span = [&](std::int32_t row, double left, double right) {
-    const long from = std::max<long>(kcRaster_::ceilIn(left - 0.5), 0);
-    const long to = std::min<long>(kcRaster_::ceilIn(right - 0.5), width);
-    if (from < to) std::fill(pels.row(row) + from, pels.row(row) + to, grey);
+    fillPels(pels.row(row), first(left), end(right), grey);
   };
   // The next row at or after row whose bucket holds an edge, or height.
   std::int32_t starting = top;
@@ -184,14 +208,14 @@ void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
       const Edge &e1 = edges_[active_[0]], &e2 = edges_[active_[1]];
       for (std::int32_t r = row; r < stop; r += kBlock) {
         const std::int32_t rows = std::min(kBlock, stop - r);
-        double lefts[kBlock], rights[kBlock];
+        long froms[kBlock], ends[kBlock];
         for (std::int32_t k = 0; k < rows; ++k) {
           const double yc = r + k + 0.5;
           const double x1 = crossing(e1, yc), x2 = crossing(e2, yc);
-          lefts[k] = std::min(x1, x2);
-          rights[k] = std::max(x1, x2);
+          froms[k] = first(std::min(x1, x2));
+          ends[k] = end(std::max(x1, x2));
         }
-        for (std::int32_t k = 0; k < rows; ++k) span(r + k, lefts[k], rights[k]);
+        for (std::int32_t k = 0; k < rows; ++k) fillPels(pels.row(r + k), froms[k], ends[k], grey);
       }
     } else {
       for (std::int32_t r = row; r < stop; ++r) {
