@@ -116,42 +116,59 @@ struct Scratch {
   // first and drawn after: the arithmetic of the points does not wait on
   // the pen's branches.
   std::vector<V> path;
+  // Per point, whether the line that ends there is a steep one whose
+  // centre pels the fill sets.
+  std::vector<unsigned char> byFill;
 };
 
 template <bool kSafe>
 void draw(const Poly& p, const kcXform<2>& toPels, const kcRasterPels_& pels, unsigned char grey, bool fill,
           bool outline, Scratch& scratch) {
   const kcMatrix<2>& m = toPels.matrix();
+  const double m00 = m.element(0, 0), m01 = m.element(0, 1), m10 = m.element(1, 0), m11 = m.element(1, 1);
   kcRasterFill_& table = scratch.table;
   std::vector<V>& path = scratch.path;
+  std::vector<unsigned char>& byFill = scratch.byFill;
   table.clear();
   path.clear();
+  byFill.clear();
+  // The pieces follow each other: each starts where the one before ended.
+  auto start = [&](const V& a) {
+    if (!path.empty()) return;
+    path.push_back(a);
+    byFill.push_back(0);
+  };
   forEachPiece(
       p,
       [&](const V& from, const V& to) {
         const V a = toPels * from, b = toPels * to;
-        if (fill) table.line(a, b);
+        if (fill) table.line(a, b, outline);
         if (!outline) return;
-        if (path.empty() || path.back() != a) path.push_back(a);
+        start(a);
         path.push_back(b);
+        byFill.push_back(fill && kcRaster_::steep(a, b));
       },
       [&](const V& centre, double r, const V& from, const V& to, double span) {
         if (fill) {
           const double inverse = 1.0 / r;
-          table.arc({toPels * centre, r * m.element(0, 0), r * m.element(0, 1), r * m.element(1, 0),
-                     r * m.element(1, 1), (from - centre) * inverse, (to - centre) * inverse, span,
-                     toPels * from, toPels * to});
+          table.arc({toPels * centre, r * m00, r * m01, r * m10, r * m11, (from - centre) * inverse,
+                     (to - centre) * inverse, span, toPels * from, toPels * to});
         }
         if (!outline) return;
-        const V a = toPels * from;
-        if (path.empty() || path.back() != a) path.push_back(a);
+        start(toPels * from);
         kcRasterArcWalk_ walk(centre, from, to, span, toPels);
-        for (V q; walk.next(q);) path.push_back(q);
+        for (V q; walk.next(q);) {
+          path.push_back(q);
+          byFill.push_back(0);
+        }
       });
   // The outline is one pel wide, drawn as one pen stroke.
   kcRasterPen_<kSafe> pen(pels, grey);
-  pen.polyline(path.data(), path.size());
-  if (path.capacity() > kKeptPoints) path = {};
+  pen.polyline(path.data(), byFill.data(), path.size());
+  if (path.capacity() > kKeptPoints) {
+    path = {};
+    byFill = {};
+  }
   if (!fill) return;
   // An open poly is filled as if a straight segment closed it.
   if (p.isOpen()) table.line(toPels * p.vertices().back().point(), toPels * p.vertices().front().point());

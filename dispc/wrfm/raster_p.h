@@ -59,9 +59,13 @@ void kfRasterLine_(const kcRasterPels_& pels, const kcVector<2>& a, const kcVect
                    int width, bool startSet);
 
 namespace kcRaster_ {
+// floorTol(v) as the index of a pel, which matters only within the window:
+// where v is not below 0 the two agree, and below 0 (left of or above the
+// window) any negative index will do. With kSafe (|v| < kInRange) that is
+// -1, and the floor of the rest is a plain truncation.
 template <bool kSafe>
 [[nodiscard]] inline std::int32_t floorAt(double v) noexcept {
-  if constexpr (kSafe) return floorIn(v);
+  if constexpr (kSafe) return v < 0.0 ? -1 : static_cast<std::int32_t>(v * kGrow);
   return floorTol(v);
 }
 template <bool kSafe>
@@ -74,18 +78,35 @@ template <bool kSafe>
   return std::fabs(p.x()) < kInRange && std::fabs(p.y()) < kInRange;
 }
 
+// Whether the line a-b runs closer to the y axis than to the x axis: its
+// major axis is y.
+[[nodiscard]] inline bool steep(const kcVector<2>& a, const kcVector<2>& b) noexcept {
+  return std::fabs(b.x() - a.x()) < std::fabs(b.y() - a.y());
+}
+
 // The pels of the thin line a-b between its ends: along the major axis,
 // every column (or row) whose centre lies within the line gets the pel
-// holding the line's point there. Rounding need not saturate when kSafe.
+// holding the line's point there, measured from the line's end with the
+// smaller major coordinate, so that the line draws the same pels whichever
+// way it runs. A steep line's point in a row is then the crossing the fill
+// computes for that row; with byFill, the fill has set those pels (its rows
+// end before the row whose centre is the lower end, which is left here).
+// Rounding need not saturate when kSafe.
 template <bool kSafe>
 [[gnu::always_inline]] inline void centrePels(const kcRasterPels_& pels, const kcVector<2>& a,
-                                              const kcVector<2>& b, unsigned char grey) noexcept {
-  const bool alongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
-  const double a0 = alongX ? a.x() : a.y(), a1 = alongX ? a.y() : a.x();
-  const double b0 = alongX ? b.x() : b.y(), b1 = alongX ? b.y() : b.x();
-  const std::int32_t first = std::max<std::int32_t>(ceilAt<kSafe>(std::min(a0, b0) - 0.5), 0);
+                                              const kcVector<2>& b, unsigned char grey,
+                                              bool byFill = false) noexcept {
+  const bool alongX = !steep(a, b);
+  const double p0 = alongX ? a.x() : a.y(), q0 = alongX ? b.x() : b.y();
+  const bool fromA = p0 < q0;
+  const kcVector<2>& base = fromA ? a : b;
+  const kcVector<2>& other = fromA ? b : a;
+  const double a0 = alongX ? base.x() : base.y(), a1 = alongX ? base.y() : base.x();
+  const double b0 = alongX ? other.x() : other.y(), b1 = alongX ? other.y() : other.x();
+  const std::int32_t first =
+      std::max<std::int32_t>(byFill ? ceilAt<kSafe>(b0 - 0.5) : ceilAt<kSafe>(a0 - 0.5), 0);
   const auto last = static_cast<std::int32_t>(
-      std::min<long>(floorAt<kSafe>(std::max(a0, b0) - 0.5), (alongX ? pels.width() : pels.height()) - 1));
+      std::min<long>(floorAt<kSafe>(b0 - 0.5), (alongX ? pels.width() : pels.height()) - 1));
   if (first > last) return;
   const double slope = (b1 - a1) / (b0 - a0);
   if (last - first <= 1) {
@@ -103,22 +124,22 @@ template <bool kSafe>
     }
     return;
   }
-  // Locals, which a store through a pel pointer cannot alias; the centre
-  // m + 0.5 is counted up exactly.
+  // Locals, which a store through a pel pointer cannot alias. Each centre
+  // comes from its whole number, not from the one before it, so that no
+  // chain of additions runs through the loop.
   unsigned char* const origin = pels.row(0);
   const std::ptrdiff_t stride = pels.stride();
-  double centre = first + 0.5;
   if (alongX) {
     const auto height = static_cast<unsigned long>(pels.height());
-    for (std::int32_t m = first; m <= last; ++m, centre += 1.0) {
-      const long y = floorAt<kSafe>((centre - a0) * slope + a1);
+    for (std::int32_t m = first; m <= last; ++m) {
+      const long y = floorAt<kSafe>((m + 0.5 - a0) * slope + a1);
       if (static_cast<unsigned long>(y) < height) origin[y * stride + m] = grey;
     }
   } else {
     const auto width = static_cast<unsigned long>(pels.width());
     unsigned char* row = origin + first * stride;
-    for (std::int32_t m = first; m <= last; ++m, centre += 1.0, row += stride) {
-      const long x = floorAt<kSafe>((centre - a0) * slope + a1);
+    for (std::int32_t m = first; m <= last; ++m, row += stride) {
+      const long x = floorAt<kSafe>((m + 0.5 - a0) * slope + a1);
       if (static_cast<unsigned long>(x) < width) row[x] = grey;
     }
   }
@@ -228,8 +249,10 @@ class kcRasterPen_ {
     const kcRasterPels_ pels = pels_;
     spot_ = line(pels, spot_, b);
   }
-  // The lines from points[0] through the rest, in order.
-  void polyline(const kcVector<2>* points, std::size_t n) noexcept {
+  // The lines from points[0] through the rest, in order; the centre pels
+  // of line i - 1 to i are left to the fill where byFill[i] (when byFill is
+  // not null).
+  void polyline(const kcVector<2>* points, const unsigned char* byFill, std::size_t n) noexcept {
     if (n == 0) return;
     moveTo(points[0]);
     // The pels and the pen's place in locals, which a pel store cannot
@@ -243,7 +266,7 @@ class kcRasterPen_ {
       const std::int32_t qx = kcRaster_::floorAt<kSafe>(q.x()), qy = kcRaster_::floorAt<kSafe>(q.y());
       if (qx != x || qy != y) {
         pels.put(qx, qy, grey_);
-        kcRaster_::centrePels<kSafe>(pels, at, q, grey_);
+        kcRaster_::centrePels<kSafe>(pels, at, q, grey_, byFill && byFill[i]);
       }
       at = q;
       x = qx;
@@ -315,8 +338,10 @@ class kcRasterPen_ {
 class kcRasterFill_ {
  public:
   void clear() noexcept { edges_.clear(); }
-  // The line p-q.
-  void line(const kcVector<2>& p, const kcVector<2>& q);
+  // The line p-q. With stroke, a steep line also sets the pel holding its
+  // crossing in each of its rows: the centre pels of its outline
+  // (kcRaster_::centrePels with byFill), set while the row is at hand.
+  void line(const kcVector<2>& p, const kcVector<2>& q, bool stroke = false);
   // The elliptical arc x = x0 + a ux + b uy, y = y0 + c ux + d uy over the
   // unit vectors u that turn from u0 by sweep degrees (counter-clockwise
   // when positive) to u1, running from pel point p0 to p1.
@@ -337,6 +362,8 @@ class kcRasterFill_ {
     double x0, y0, slope, h, branch;
     // The rows whose centres the edge meets, first..last.
     std::int32_t first, last;
+    // Whether the pel holding each crossing is set too.
+    bool stroke;
   };
   void add(const Edge& e, double top, double bottom);
 
@@ -344,6 +371,7 @@ class kcRasterFill_ {
   // Per row from the first that an edge starts in, the last edge starting
   // there; per edge, the one before it in its row's list.
   std::vector<std::uint32_t> heads_, next_;
-  std::vector<std::uint32_t> active_;
+  // The edges that meet the rows being filled.
+  std::vector<Edge> active_;
   std::vector<double> xs_;
 };

@@ -72,14 +72,14 @@ void kcRasterFill_::add(const Edge& e, double top, double bottom) {
   kept.last = last;
 }
 
-void kcRasterFill_::line(const kcVector<2>& p, const kcVector<2>& q) {
+void kcRasterFill_::line(const kcVector<2>& p, const kcVector<2>& q, bool stroke) {
   if (p.y() == q.y()) return;  // a horizontal line crosses no row centre in its inside
   // The upper end first, so that an edge shared by two outlines gives the
   // same crossings whichever way each travels it.
   const bool down = p.y() < q.y();
   const double x0 = down ? p.x() : q.x(), y0 = down ? p.y() : q.y();
   const double x1 = down ? q.x() : p.x(), y1 = down ? q.y() : p.y();
-  add({x0, y0, (x1 - x0) / (y1 - y0), 0.0, 0.0, 0, 0}, y0, y1);
+  add({x0, y0, (x1 - x0) / (y1 - y0), 0.0, 0.0, 0, 0, stroke && kcRaster_::steep(p, q)}, y0, y1);
 }
 
 // On the ellipse a row at y0 + dy is crossed at
@@ -127,7 +127,7 @@ void kcRasterFill_::arc(const Arc& arc) {
     if (n == 3 && stops[2].at < stops[1].at) std::swap(stops[1], stops[2]);
   }
   stops[n++] = stops[3];
-  const Edge e{arc.centre.x(), arc.centre.y(), (arc.a * arc.c + arc.b * arc.d) * overH, h, 0.0, 0, 0};
+  const Edge e{arc.centre.x(), arc.centre.y(), (arc.a * arc.c + arc.b * arc.d) * overH, h, 0.0, 0, 0, false};
   for (int k = 0; k + 1 < n; ++k) {
     const double y1 = stops[k].y, y2 = stops[k + 1].y;
     if (y1 == y2) continue;
@@ -191,37 +191,59 @@ void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
   };
   for (std::int32_t row = top; row < height;) {
     if (row <= bottom)
-      for (std::uint32_t i = heads_[row - top]; i != kNone; i = next_[i]) active_.push_back(i);
-    // Order among the active edges does not matter: the crossings are sorted.
-    std::erase_if(active_, [&](std::uint32_t i) { return edges_[i].last < row; });
-    // The rows until an edge joins or leaves.
+      for (std::uint32_t i = heads_[row - top]; i != kNone; i = next_[i]) active_.push_back(edges_[i]);
+    // The rows until an edge joins or leaves; ended edges leave (order
+    // among the active edges does not matter: the crossings are sorted).
     std::int32_t stop = nextStart(row + 1);
+    for (std::size_t k = 0; k < active_.size();) {
+      if (active_[k].last < row) {
+        active_[k] = active_.back();
+        active_.pop_back();
+        continue;
+      }
+      stop = std::min(stop, active_[k++].last + 1);
+    }
     if (active_.empty()) {
       row = stop;
       continue;
     }
-    for (const std::uint32_t i : active_) stop = std::min(stop, edges_[i].last + 1);
     if (active_.size() == 2) {
       // One span a row, the common case: the crossings of a block of rows
       // are worked out before any is filled, so that their long chains of
       // arithmetic overlap instead of waiting on each row's fill.
-      const Edge &e1 = edges_[active_[0]], &e2 = edges_[active_[1]];
+      const Edge &e1 = active_[0], &e2 = active_[1];
+      const bool stroke = e1.stroke || e2.stroke;
       for (std::int32_t r = row; r < stop; r += kBlock) {
         const std::int32_t rows = std::min(kBlock, stop - r);
         long froms[kBlock], ends[kBlock];
+        std::int32_t pel1[kBlock], pel2[kBlock];
         for (std::int32_t k = 0; k < rows; ++k) {
           const double yc = r + k + 0.5;
           const double x1 = crossing(e1, yc), x2 = crossing(e2, yc);
           froms[k] = first(std::min(x1, x2));
           ends[k] = end(std::max(x1, x2));
+          // The outline pels, at -1 (left of the window) for an edge without.
+          pel1[k] = e1.stroke ? kcRaster_::floorAt<true>(x1) : -1;
+          pel2[k] = e2.stroke ? kcRaster_::floorAt<true>(x2) : -1;
         }
-        for (std::int32_t k = 0; k < rows; ++k) fillPels(pels.row(r + k), froms[k], ends[k], grey);
+        for (std::int32_t k = 0; k < rows; ++k) {
+          unsigned char* const line = pels.row(r + k);
+          fillPels(line, froms[k], ends[k], grey);
+          if (stroke) {
+            if (static_cast<unsigned long>(pel1[k]) < static_cast<unsigned long>(width)) line[pel1[k]] = grey;
+            if (static_cast<unsigned long>(pel2[k]) < static_cast<unsigned long>(width)) line[pel2[k]] = grey;
+          }
+        }
       }
     } else {
       for (std::int32_t r = row; r < stop; ++r) {
         const double yc = r + 0.5;
         std::size_t count = 0;
-        for (const std::uint32_t i : active_) xs_[count++] = crossing(edges_[i], yc);
+        for (const Edge& e : active_) {
+          const double x = crossing(e, yc);
+          xs_[count++] = x;
+          if (e.stroke) pels.put(kcRaster_::floorAt<true>(x), r, grey);
+        }
         if (count > kInsertionSortLimit)
           std::sort(xs_.begin(), xs_.begin() + static_cast<std::ptrdiff_t>(count));
         else
