@@ -167,18 +167,32 @@ void kcRasterFill_::fill(const kcRasterPels_& pels, unsigned char grey) {
   xs_.resize(edges_.size());
 
   const double beyond = static_cast<double>(width) + 1.0;
-  // A line has branch and h 0: one formula for both. Crossings beyond the
+  // A line has branch 0 and takes no square root: the test stays out of
+  // the loops over rows, where the edges are fixed. Crossings beyond the
   // window count as just beyond it, so that they round without saturating
   // (NaN counts as left of it).
   auto crossing = [beyond](const Edge& e, double yc) {
     const double dy = yc - e.y0;
-    const double x = e.x0 + e.slope * dy + e.branch * std::sqrt(std::max(0.0, e.h - dy * dy));
+    double x = e.x0 + e.slope * dy;
+    if (e.branch != 0.0) x += e.branch * std::sqrt(std::max(0.0, e.h - dy * dy));
     return std::max(-1.0, std::min(x, beyond));
   };
   // The first and the one past the last pel whose centres lie in
-  // [left, right).
-  auto first = [](double left) { return std::max<long>(kcRaster_::ceilIn(left - 0.5), 0); };
-  auto end = [width](double right) { return std::min<long>(kcRaster_::ceilIn(right - 0.5), width); };
+  // [left, right). Only pels from 0 on matter, so the ceiling is taken of
+  // positive numbers alone: rounded to the nearest whole number by adding
+  // 1.5 * 2^52 (the number lands in the low bits), then raised by one where
+  // that fell below.
+  auto ceilPos = [](double w) {
+    constexpr double kMagic = 6755399441055744.0;
+    const double t = w * kcRaster_::kShrink;
+    const double r = t + kMagic;
+    std::int64_t bits;
+    std::memcpy(&bits, &r, sizeof bits);
+    const auto i = static_cast<std::int32_t>(bits) + ((r - kMagic) < t);
+    return w > 0.0 ? static_cast<long>(i) : 0L;
+  };
+  auto first = [&](double left) { return ceilPos(left - 0.5); };
+  auto end = [&](double right) { return std::min(ceilPos(right - 0.5), width); };
   auto span = [&](std::int32_t row, double left, double right) {
     fillPels(pels.row(row), first(left), end(right), grey);
   };
