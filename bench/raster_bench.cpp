@@ -6,6 +6,9 @@
 //   (b) one 4096-vertex outline over most of 2048 x 2048
 //   (c) 1000 small 8-vertex polys in 2048 x 2048
 // The pels rate counts the pels the outlines cover (memset: the whole buffer).
+// BM_DispcFillOnly draws the same without the outline pels, to show what
+// each half costs. The machine's noise is large against these times: compare
+// with --benchmark_repetitions and --benchmark_enable_random_interleaving.
 #include <benchmark/benchmark.h>
 
 #include <cmath>

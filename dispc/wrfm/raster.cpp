@@ -54,19 +54,22 @@ void widePel(const kcRasterPels_& pels, bool alongX, long major, long minor, uns
 // The thin line's pels, each widened across the major axis.
 void kfRasterLine_(const kcRasterPels_& pels, const kcVector<2>& a, const kcVector<2>& b, unsigned char grey,
                    int width, bool startSet) {
-  const bool alongX = std::fabs(b.x() - a.x()) >= std::fabs(b.y() - a.y());
-  const double a0 = alongX ? a.x() : a.y(), a1 = alongX ? a.y() : a.x();
-  const double b0 = alongX ? b.x() : b.y(), b1 = alongX ? b.y() : b.x();
-  const double slope = (b1 - a1) / (b0 - a0);
-  const auto [first, last] =
-      kcRasterPels_::within(ceilTol(std::min(a0, b0) - 0.5), floorTol(std::max(a0, b0) - 0.5),
-                            alongX ? pels.width() : pels.height());
+  const bool alongX = !kcRaster_::steep(a, b);
+  auto major = [alongX](const kcVector<2>& p) { return alongX ? p.x() : p.y(); };
+  auto minor = [alongX](const kcVector<2>& p) { return alongX ? p.y() : p.x(); };
+  // The centres' points measured from the end with the smaller major
+  // coordinate, as for the thin line.
+  const kcVector<2>& base = major(a) < major(b) ? a : b;
+  const kcVector<2>& other = major(a) < major(b) ? b : a;
+  const double slope = (minor(other) - minor(base)) / (major(other) - major(base));
+  const auto [first, last] = kcRasterPels_::within(ceilTol(major(base) - 0.5), floorTol(major(other) - 0.5),
+                                                   alongX ? pels.width() : pels.height());
   // The extra pel of an even width goes to the side of larger coordinates.
   const long before = (width - 1) / 2, after = width - 1 - before;
   for (std::int32_t m = first; m <= last; ++m)
-    widePel(pels, alongX, m, floorTol((m + 0.5 - a0) * slope + a1), grey, before, after);
-  if (!startSet) widePel(pels, alongX, floorTol(a0), floorTol(a1), grey, before, after);
-  widePel(pels, alongX, floorTol(b0), floorTol(b1), grey, before, after);
+    widePel(pels, alongX, m, floorTol((m + 0.5 - major(base)) * slope + minor(base)), grey, before, after);
+  if (!startSet) widePel(pels, alongX, floorTol(major(a)), floorTol(minor(a)), grey, before, after);
+  widePel(pels, alongX, floorTol(major(b)), floorTol(minor(b)), grey, before, after);
 }
 
 namespace {

@@ -18,18 +18,27 @@
 // a line.
 //
 // Outlines (drawLinePelBuf, drawArcPelBuf) are thin 8-connected pel lines:
-// along the line's major axis every pel column (or row) whose centre lies
-// within the line's extent gets the pel holding the line's point at that
-// centre, and the two pels holding the end points are set as well, so a
-// line shorter than a pel still shows. The second 8-bit argument is the pen
-// width in pels: each pel is widened across the major axis to that many pels
-// (the extra pel of an even width on the side of larger coordinates); 1 and
-// anything below draw the thin line.
+// along the line's major axis (x unless |dy| > |dx|) every pel column (or
+// row) whose centre lies within the line's extent gets the pel holding the
+// line's point at that centre, measured from the line's end with the
+// smaller major coordinate (so a line draws the same pels whichever way it
+// runs), and the two pels holding the end points are set as well, so a
+// line shorter than a pel still shows. An arc's chords are drawn one after
+// another by the same rule, except that a chord which starts and ends in
+// one pel adds nothing (its pel is set already). The second 8-bit argument
+// is the pen width in pels: each pel of a line or chord is widened across
+// its major axis to that many pels (the extra pel of an even width on the
+// side of larger coordinates); 1 and anything below draw the thin line.
 //
 // Arcs are cut into n = trunc(|span| / 5 degrees) + 1 equal chords of the
-// mapped arc, measured in client space. The bounds (each may be null) are
-// widened by the chord end points only, not by the arc's start point; the
-// chords may miss the arc by the sagitta of a 5-degree chord.
+// mapped arc, measured in client space: the radius vector is turned by
+// span / n at each step (its sine and cosine from their Taylor series, the
+// same on every machine), and the last chord ends on the arc's end point;
+// an arc with a transform of its own takes its points at equal steps of the
+// mapped angle.
+// The bounds (each may be null) are widened by the chord end points only,
+// not by the arc's start point; the chords may miss the arc by the sagitta
+// of a 5-degree chord.
 //
 // Coincident end points of a line, or of a chord, are
 // kcShapesError::DegenerateShape.

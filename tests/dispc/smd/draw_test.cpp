@@ -136,6 +136,21 @@ TEST(SMDSynthetic, GeneralPolygonsFillTheirClientShape) {
 // The poly's outline read from its caches draws exactly what the public
 // rasterisers draw from its pieces as segment objects: the fill of the
 // pieces, then each line and arc outlined on its own.
+// The pieces of p as segment objects, filled and outlined one by one.
+void drawPieces(const Poly& p, const kcXform<2>& x, Buffer& b) {
+  std::vector<kc2SegmentLine> lines;
+  std::vector<kc2SegmentArc> arcs;
+  for (const kcSMDPiece_& piece : kfOutlinePieces_(p)) {
+    if (const auto* l = std::get_if<kc2SegmentLine>(&piece))
+      lines.push_back(*l);
+    else
+      arcs.push_back(std::get<kc2SegmentArc>(piece));
+  }
+  kfFillPelBuf(b, lines, arcs, x, 9);
+  for (const kc2SegmentLine& l : lines) drawLinePelBuf(b, l, x, 9, 1);
+  for (const kc2SegmentArc& a : arcs) drawArcPelBuf(b, a, x, 9, 1, nullptr, nullptr, nullptr, nullptr);
+}
+
 TEST(SMDSynthetic, PolysDrawWhatTheirPiecesDraw) {
   std::mt19937 rng(11);
   std::uniform_real_distribution<double> unit(-1.0, 1.0);
@@ -157,22 +172,48 @@ TEST(SMDSynthetic, PolysDrawWhatTheirPiecesDraw) {
     const kcXform<2> x(kcMatrix<2>(std::cos(turn), -std::sin(turn) + 0.3 * unit(rng), std::sin(turn),
                                    std::cos(turn) * (1 + 0.5 * unit(rng))),
                        V(24 + 8 * unit(rng), 24 + 8 * unit(rng)));
+    // Every fifth outline is a billion pels across, the middle of its
+    // straight segment 0 in the middle of the window: coordinates past the
+    // range where pel indices are truncated.
+    const V middle = x * ((vs.back().point() + vs.front().point()) / 2);
+    const kcXform<2> at = trial % 5 == 4
+                              ? kcXform<2>(kcMatrix<2>(), V(24, 24)) * kcXform<2>::scale(7e7, 7e7) *
+                                    kcXform<2>(kcMatrix<2>(), -middle)
+                              : kcXform<2>();
     Buffer drawn(48, 48), pieces(48, 48);
-    kcSMDGDPolyPrivate::drawSynthetic(p, x, drawn, 9, true, true);
-    std::vector<kc2SegmentLine> lines;
-    std::vector<kc2SegmentArc> arcs;
-    for (const kcSMDPiece_& piece : kfOutlinePieces_(p)) {
-      if (const auto* l = std::get_if<kc2SegmentLine>(&piece))
-        lines.push_back(*l);
-      else
-        arcs.push_back(std::get<kc2SegmentArc>(piece));
-    }
-    kfFillPelBuf(pieces, lines, arcs, x, 9);
-    for (const kc2SegmentLine& l : lines) drawLinePelBuf(pieces, l, x, 9, 1);
-    for (const kc2SegmentArc& a : arcs) drawArcPelBuf(pieces, a, x, 9, 1, nullptr, nullptr, nullptr, nullptr);
+    kcSMDGDPolyPrivate::drawSynthetic(p, at * x, drawn, 9, true, true);
+    drawPieces(p, at * x, pieces);
+    long set = 0;
     for (long y = 0; y < 48; ++y)
-      for (long xx = 0; xx < 48; ++xx)
+      for (long xx = 0; xx < 48; ++xx) {
         ASSERT_EQ(drawn.get(xx, y), pieces.get(xx, y)) << "trial " << trial << " at " << xx << "," << y;
+        set += drawn.get(xx, y) != 0;
+      }
+    EXPECT_GT(set, 0) << "trial " << trial;
+  }
+}
+
+TEST(SMDSynthetic, OnlyTheWindowIsWrittenAndWhatItShowsIsTheWholeImages) {
+  const Poly p = roundedBox(30.3, 20.7, 3.5, V(-9.2, -6.4));
+  Buffer whole(64, 64);
+  const kcXform<2> x(kcMatrix<2>(), V(12, 10));
+  p.drawSynthetic(x, whole);
+  // The window at (8, 6) sees the poly moved by (-8, -6): pel for pel what
+  // the whole image holds there, nothing outside it.
+  Buffer image(64, 64);
+  Buffer window = image.window(8, 6, 20, 10);
+  p.drawSynthetic(x, window);
+  for (long y = 0; y < 64; ++y)
+    for (long xx = 0; xx < 64; ++xx) {
+      const bool in = xx >= 8 && xx < 28 && y >= 6 && y < 16;
+      EXPECT_EQ(image.get(xx, y), in ? whole.get(xx, y) : 0) << xx << "," << y;
+    }
+  EXPECT_GT(count(image, 150), 0);
+  // Wholly outside, on every side: nothing.
+  for (const V& away : {V(-80, 0), V(80, 0), V(0, -80), V(0, 80)}) {
+    Buffer none(64, 64);
+    p.drawSynthetic(kcXform<2>(kcMatrix<2>(), away) * x, none);
+    EXPECT_EQ(count(none, 0), 64 * 64);
   }
 }
 

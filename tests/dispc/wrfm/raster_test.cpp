@@ -6,6 +6,7 @@
 #include <limits>
 #include <map>
 #include <numbers>
+#include <random>
 #include <set>
 #include <utility>
 #include <vector>
@@ -131,6 +132,19 @@ TEST(Raster, LinesAreThinAndEightConnected) {
   drawLinePelBuf(tiny, kc2SegmentLine(V(1.1, 1.1), V(1.3, 1.2)), kIdentity, kGrey, 1);
   EXPECT_EQ(marked(tiny), (std::set<Pel>{{1, 1}}));
   EXPECT_THROW(drawLinePelBuf(tiny, kc2SegmentLine(), kIdentity, kGrey, 1), kcShapesError::DegenerateShape);
+}
+
+TEST(Raster, LinesDrawTheSamePelsWhicheverWayTheyRun) {
+  std::mt19937 rng(5);
+  std::uniform_real_distribution<double> at(-3.0, 19.0);
+  for (int trial = 0; trial < 200; ++trial) {
+    const V a(at(rng), at(rng)), b(at(rng), at(rng));
+    const signed char width = trial % 2 ? 1 : 3;
+    Buffer forth(16, 16), back(16, 16);
+    drawLinePelBuf(forth, kc2SegmentLine(a, b), kIdentity, kGrey, width);
+    drawLinePelBuf(back, kc2SegmentLine(b, a), kIdentity, kGrey, width);
+    ASSERT_EQ(marked(forth), marked(back)) << "trial " << trial;
+  }
 }
 
 TEST(Raster, WidthWidensAcrossTheMajorAxis) {
