@@ -106,8 +106,6 @@ Box outlineBox(const Poly& p, const kcXform<2>& toPels) {
   return box;
 }
 
-// The fill and the outline, with rounding that need not saturate when
-// kSafe.
 // What drawing keeps from one poly to the next, so that it allocates
 // nothing once it has seen a poly as large.
 struct Scratch {
@@ -121,6 +119,8 @@ struct Scratch {
   std::vector<unsigned char> byFill;
 };
 
+// The outline, then the fill (both in the same grey, so the order does not
+// show), with rounding that need not saturate when kSafe.
 template <bool kSafe>
 void draw(const Poly& p, const kcXform<2>& toPels, const kcRasterPels_& pels, unsigned char grey, bool fill,
           bool outline, Scratch& scratch) {

@@ -65,11 +65,13 @@ void insertionSort(double* xs, std::size_t n) noexcept {
 void kcRasterFill_::add(const Edge& e, double top, double bottom) {
   const bool in = std::fabs(top) < kcRaster_::kInRange && std::fabs(bottom) < kcRaster_::kInRange;
   const std::int32_t first = in ? kcRaster_::ceilIn(top - 0.5) : ceilTol(top - 0.5);
-  const std::int32_t last = (in ? kcRaster_::ceilIn(bottom - 0.5) : ceilTol(bottom - 0.5)) - 1;
+  // In 64 bits: below a saturated ceiling the row before may not exist.
+  const std::int64_t last =
+      static_cast<std::int64_t>(in ? kcRaster_::ceilIn(bottom - 0.5) : ceilTol(bottom - 0.5)) - 1;
   if (first > last) return;
   Edge& kept = edges_.emplace_back(e);
   kept.first = first;
-  kept.last = last;
+  kept.last = static_cast<std::int32_t>(last);  // below the largest: last + 1 cannot overflow
 }
 
 void kcRasterFill_::line(const kcVector<2>& p, const kcVector<2>& q, bool stroke) {
