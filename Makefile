@@ -4,6 +4,8 @@
 #   make check-static  static libraries, release build, all tests (CI runs it last)
 #   make demo     build and run the demo program (examples/soic8)
 #   make bench    release build, run the benchmarks
+#   make fuzz     libFuzzer build (clang), each target for FUZZ_SECONDS (default 60);
+#                 new inputs go to build/fuzz/corpus/<target>
 #   make install  release build installed to PREFIX (default /usr/local)
 #   make format   clang-format every source
 #   make clean    remove build/
@@ -19,7 +21,7 @@ DEB_PACKAGES := cmake ninja-build g++ clang pkgconf libgtest-dev libgmock-dev li
 
 export UBSAN_OPTIONS ?= print_stacktrace=1
 
-.PHONY: all deps test check-clang check-static demo bench install format clean
+.PHONY: all deps test check-clang check-static demo bench fuzz install format clean
 
 all: deps
 	CXX=$(CXX) cmake --preset dev
@@ -78,6 +80,16 @@ bench: deps
 	cmake --build --preset release -j $(JOBS) --target bench
 	@set -e; for b in $(CURDIR)/build/release/bench/*_bench; do \
 	  [ -x "$$b" ] || continue; echo "== $$(basename $$b)"; "$$b"; \
+	done
+
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
+	@set -e; for f in $(CURDIR)/build/fuzz/fuzz/*_fuzzer; do \
+	  name=$$(basename $$f _fuzzer); out=$(CURDIR)/build/fuzz/corpus/$$name; mkdir -p $$out; \
+	  echo "== $$name ($(FUZZ_SECONDS) s)"; \
+	  "$$f" -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 $$out $(CURDIR)/fuzz/corpus/$$name; \
 	done
 
 install: deps

@@ -1,24 +1,27 @@
-// Loads arbitrary bytes through kcMemArchive in the forms a reader of stored
+// Loads arbitrary bytes through kcMemArchive. The first two bytes (little
+// endian) choose what is loaded: every class of the persistence registry in
+// turn (sorted by name), its archive form (the body its dispatchSerialize
+// reads) taken from the rest of the input; then the forms a reader of stored
 // data meets: a handle to a shared persistent object, a vector of strings, a
-// wide string and an owned object. Loading may only fail with a kcException;
-// anything else (a crash, a sanitizer report, a leak, another exception
-// type) is a bug.
-//
-// The handle is a kcPtrHandle<kc2XformBase>, but the archive makes whatever
-// registered class the data names and loads its body before the handle
-// checks the class, so every class's loader is reached through it.
+// wide string, an owned object, and all four in one archive. Loading may only
+// fail with a kcException; anything else (a crash, a sanitizer report, a
+// leak, another exception type) is a bug.
 //
 // Whatever loads is also stored again, reloaded and stored once more: the two
 // stored forms must be equal, so a class whose loader and storer disagree on a
-// field shows up even when nothing crashes.
+// field shows up even when nothing crashes. A poly or a model that loads must
+// validate whole and equal its reload.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "dispc/dispc.h"
+#include "dispc/smd/model.h"
+#include "dispc/smd/polyprivate.h"
 #include "foundation/xform.h"
 
 namespace {
@@ -87,30 +90,102 @@ void loadAlone(const Bytes& input) {
   }
 }
 
+// A loaded poly validates whole.
+void checkPoly(const kcSMDGDPoly& p) {
+  try {
+    (void)kcSMDGDPolyPrivate::validated(p);
+  } catch (const kcException& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+    fail("a loaded poly does not validate");
+  }
+}
+
+// The body of a new object of the named class, loaded from the input; then
+// stored, reloaded into another new object and stored again.
+void loadClass(const std::string& name, const Bytes& input) {
+  std::unique_ptr<kcPersistent> object(kcPersistenceRegistry::make(name));
+  if (!object) fail("a registered class makes no object");
+  try {
+    kcMemArchive ar(input);
+    ar || *object;
+  } catch (const kcException&) {
+    return;
+  }
+  Bytes first;
+  try {
+    kcMemArchive out;
+    out || *object;
+    first = out.bytes();
+  } catch (const kcException&) {
+    return;  // a loaded value may still be one that cannot be stored
+  }
+  std::unique_ptr<kcPersistent> again(kcPersistenceRegistry::make(name));
+  try {
+    kcMemArchive in(first);
+    in || *again;
+    if (!in.atEnd()) fail("reloading a stored object left bytes unread");
+  } catch (const kcException& e) {
+    std::fprintf(stderr, "%s: %s\n", name.c_str(), e.what());
+    fail("an object stored after loading cannot be loaded again");
+  }
+  kcMemArchive out;
+  out || *again;
+  if (out.bytes() != first) fail("storing a reloaded object gives different bytes");
+  if (const auto* poly = dynamic_cast<const kcSMDGDPoly*>(object.get())) {
+    checkPoly(*poly);
+    if (!(*poly == dynamic_cast<const kcSMDGDPoly&>(*again))) fail("a reloaded poly differs");
+  }
+  if (const auto* model = dynamic_cast<const kcSMDGDModel*>(object.get())) {
+    for (const kcSMDGDPoly& p : model->polys()) checkPoly(p);
+    if (!(*model == dynamic_cast<const kcSMDGDModel&>(*again))) fail("a reloaded model differs");
+  }
+}
+
+// The forms after the classes.
+enum Form { kHandle, kStrings, kWString, kOwned, kSequence, kForms };
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // Referencing the display-core library keeps it loaded, so its classes
   // are registered and reachable by name.
-  static const char* const version = kfDispcVersion();
-  (void)version;
-
-  const Bytes input(data, data + size);
-  loadAlone<Handle>(input);
-  loadAlone<std::vector<std::string>>(input);
-  loadAlone<std::wstring>(input);
-  loadAlone<Owned>(input);
-
-  // All four in one archive, so later values meet the object ids of earlier ones.
-  try {
-    kcMemArchive ar(input);
-    Handle handle;
-    std::vector<std::string> strings;
-    std::wstring text;
-    Owned object;
-    ar || handle || strings || text;
-    ar.transferObject(object.p);
-  } catch (const kcException&) {
+  static const std::vector<std::string> classes = [] {
+    (void)kfDispcVersion();
+    return kcPersistenceRegistry::names();
+  }();
+  if (size < 2) return 0;
+  const std::size_t choice = (data[0] | data[1] << 8) % (classes.size() + kForms);
+  const Bytes input(data + 2, data + size);
+  if (choice < classes.size()) {
+    loadClass(classes[choice], input);
+    return 0;
+  }
+  switch (choice - classes.size()) {
+    case kHandle:
+      loadAlone<Handle>(input);
+      break;
+    case kStrings:
+      loadAlone<std::vector<std::string>>(input);
+      break;
+    case kWString:
+      loadAlone<std::wstring>(input);
+      break;
+    case kOwned:
+      loadAlone<Owned>(input);
+      break;
+    default:
+      // All four in one archive, so later values meet the object ids of
+      // earlier ones.
+      try {
+        kcMemArchive ar(input);
+        Handle handle;
+        std::vector<std::string> strings;
+        std::wstring text;
+        Owned object;
+        ar || handle || strings || text;
+        ar.transferObject(object.p);
+      } catch (const kcException&) {
+      }
   }
   return 0;
 }

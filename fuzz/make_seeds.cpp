@@ -1,7 +1,11 @@
-// Writes the seed corpus of archive_fuzz: valid archives of each form the
-// target loads, one owned object of every registered persistent class (and a
-// shared handle to it where the class is reference counted), and a few
-// archives cut short.
+// Writes the seed corpus of archive_fuzz, each input the two bytes that
+// choose what the target loads, then its archive form: the body of a default
+// object of every registered persistent class (and of a few richer ones:
+// polys with roundings and arcs, a model), valid archives of each of the
+// other forms (an owned object and a shared handle of every class among
+// them), and a few archives cut short. The choice of a class is its place
+// among the sorted names, so the seeds are written again when classes are
+// added.
 //   archive_fuzz_seeds <folder>
 #include <cctype>
 #include <cstdint>
@@ -13,6 +17,7 @@
 #include <vector>
 
 #include "dispc/dispc.h"
+#include "dispc/smd/model.h"
 #include "foundation/xform.h"
 
 namespace fs = std::filesystem;
@@ -23,6 +28,19 @@ using Bytes = std::vector<std::uint8_t>;
 
 fs::path gFolder;
 int gWritten = 0;
+std::vector<std::string> gClasses;
+
+// The two bytes that choose a class, or a form after the classes (in the
+// target's order: handle, strings, wide string, owned object, sequence).
+enum Form { kHandle, kStrings, kWString, kOwned, kSequence };
+Bytes choice(std::size_t k) {
+  return {static_cast<std::uint8_t>(k & 0xff), static_cast<std::uint8_t>(k >> 8)};
+}
+Bytes form(Form f) { return choice(gClasses.size() + f); }
+Bytes operator+(Bytes a, const Bytes& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
 
 void write(const std::string& name, const Bytes& bytes) {
   std::ofstream out(gFolder / name, std::ios::binary | std::ios::trunc);
@@ -34,11 +52,12 @@ void write(const std::string& name, const Bytes& bytes) {
   ++gWritten;
 }
 
-// A valid seed and, for the interesting ones, the same seed cut in half.
+// A valid seed and, for the interesting ones, the same seed cut in half (the
+// choice kept).
 void writeSeed(const std::string& name, const Bytes& bytes, bool alsoTruncated) {
   write(name, bytes);
-  if (alsoTruncated && bytes.size() > 1)
-    write(name + "_cut", Bytes(bytes.begin(), bytes.begin() + bytes.size() / 2));
+  if (alsoTruncated && bytes.size() > 3)
+    write(name + "_cut", Bytes(bytes.begin(), bytes.begin() + 2 + (bytes.size() - 2) / 2));
 }
 
 // Class names hold "::" and "<>"; file names keep letters, digits and '_'.
@@ -71,22 +90,23 @@ int main(int argc, char** argv) {
   gFolder = argv[1];
   fs::create_directories(gFolder);
   std::printf("dispc %s\n", kfDispcVersion());
+  gClasses = kcPersistenceRegistry::names();
 
   // --- each form alone ---
   kcPtrHandle<kc2XformBase> xform(new kc2XformLinear(
       kcXform<2>(kcMatrix<2>::rotation(kcRadian(kcDegree(30.0))), kcVector<2>(3.5, -2.0))));
-  writeSeed("handle_xform", stored(xform), true);
+  writeSeed("handle_xform", form(kHandle) + stored(xform), true);
   kcPtrHandle<kc2XformBase> null;
-  writeSeed("handle_null", stored(null), false);
+  writeSeed("handle_null", form(kHandle) + stored(null), false);
 
   std::vector<std::string> strings{"alpha", "", "gamma delta", std::string(1, '\0')};
-  writeSeed("strings", stored(strings), true);
+  writeSeed("strings", form(kStrings) + stored(strings), true);
 
   std::wstring text = L"wide \u00e9\u2713 \U0001F600 end";
-  writeSeed("wstring", stored(text), true);
+  writeSeed("wstring", form(kWString) + stored(text), true);
 
   kcExceptionWithString error(L"lens cap still on");
-  writeSeed("object_exception", storedObject(&error), true);
+  writeSeed("object_exception", form(kOwned) + storedObject(&error), true);
 
   // --- all four in one archive, as the target's last pass reads them ---
   {
@@ -94,15 +114,19 @@ int main(int argc, char** argv) {
     ar || xform || strings || text;
     kcPersistent* object = &error;
     ar.transferObject(object);
-    writeSeed("sequence", ar.bytes(), true);
+    writeSeed("sequence", form(kSequence) + ar.bytes(), true);
   }
 
-  // --- one default object of every registered class ---
-  for (const std::string& name : kcPersistenceRegistry::names()) {
+  // --- every registered class: its body, and as an owned and a shared object ---
+  for (std::size_t k = 0; k < gClasses.size(); ++k) {
+    const std::string& name = gClasses[k];
     std::unique_ptr<kcPersistent> object(kcPersistenceRegistry::make(name));
     if (!object) continue;
     try {
-      writeSeed("class_" + fileName(name), storedObject(object.get()), false);
+      kcMemArchive body;
+      body || *object;
+      writeSeed("body_" + fileName(name), choice(k) + body.bytes(), false);
+      writeSeed("class_" + fileName(name), form(kOwned) + storedObject(object.get()), false);
       if (auto* rep = dynamic_cast<kcRepBase*>(object.get())) {
         // The handle takes the object over and deletes it with the last reference.
         object.release();
@@ -110,12 +134,34 @@ int main(int argc, char** argv) {
         kcMemArchive ar;
         kcPersistent* shared = dynamic_cast<kcPersistent*>(rep);
         ar.transferShared(shared);
-        writeSeed("shared_" + fileName(name), ar.bytes(), false);
+        writeSeed("shared_" + fileName(name), form(kHandle) + ar.bytes(), false);
       }
     } catch (const kcException& e) {
       std::fprintf(stderr, "skipped %s: %s\n", name.c_str(), e.what());
     }
   }
+  // --- richer bodies: a rounded pad with an arc, an open lead, a model ---
+  auto classIndex = [](const std::string& name) {
+    for (std::size_t k = 0; k < gClasses.size(); ++k)
+      if (gClasses[k] == name) return k;
+    std::fprintf(stderr, "no class %s\n", name.c_str());
+    std::exit(1);
+  };
+  using V = kcVector<2>;
+  kcSMDGDPoly pad(L"pad");
+  pad << kcSMDGDPolyVertex(V(0, 0), 0.5, 0.5, 0.5, 1) << kcSMDGDPolyVertex(V(4, 0), 0.5, 0.5, 0.5, 1)
+      << kcSMDGDPolyVertex(V(4, 2), 0.5, kcDegree(60), 0.5, 0.5, 1, kcDimTol())
+      << kcSMDGDPolyVertex(V(0, 2), 0.5, 0.5, 0.5, 2);
+  pad.close();
+  kcSMDGDPoly lead(L"lead");
+  lead << kcSMDGDPolyVertex(V(0, 0), 0.5, 0.5, -1) << kcSMDGDPolyVertex(V(3, 0), -1.0, 0.5, 0.5, -1)
+       << kcSMDGDPolyVertex(V(3, 3), 0.5, 0.5, -1);
+  kcSMDGDModel model(L"part");
+  model << pad << lead;
+  const std::size_t polyClass = classIndex("kcSMDGDPoly"), modelClass = classIndex("kcSMDGDModel");
+  writeSeed("body_pad", choice(polyClass) + stored(pad), true);
+  writeSeed("body_lead", choice(polyClass) + stored(lead), true);
+  writeSeed("body_model", choice(modelClass) + stored(model), true);
   std::printf("wrote %d seeds to %s\n", gWritten, gFolder.c_str());
   return 0;
 }

@@ -446,7 +446,7 @@ void kcSMDGDPoly::validateReplacement_(int i) {
   if (i < 0 || i > n - 1) throw invalidIndex();
   computeVertexRoundings_(i);
   if (vertexIntersectsPoly_(i, -1)) throw crossingSegments();
-  const int p = vertexIndex_(i - 1, true);
+  const int p = wrappedIndex_(i - 1);
   const int q = vertexIndex_(i + 1, true);
   const long label = vertexLabel_(i);
   const bool incoming = !(open_ && i == 0);
@@ -514,7 +514,7 @@ void kcSMDGDPoly::validateVertex_(int v) {
   if (vertexIntersectsPoly_(v, v)) throw crossingSegments();
   if (!segmentExists_(v)) return;
   if (segmentIntersectsPoly_(v, v)) throw crossingSegments();
-  const int p = vertexIndex_(v - 1, true);
+  const int p = wrappedIndex_(v - 1);
   if (percentsExceed(vertexLabel_(v), vertexLabel_(p), percentPrevSegment_(v), percentNextSegment_(p)))
     throw crossingSegments();
   (void)segmentDimension(v);
@@ -523,7 +523,7 @@ void kcSMDGDPoly::validateVertex_(int v) {
 // A straight segment of positive length whose tolerance is unset has a valid
 // dimension: the common case needs no dimension built.
 bool kcSMDGDPoly::segmentChecksPass_(int v) const {
-  const int p = vertexIndex_(v - 1, true);
+  const int p = wrappedIndex_(v - 1);
   if (percentsExceed(vertexLabel_(v), vertexLabel_(p), percentPrevSegment_(v), percentNextSegment_(p)))
     return false;
   const kcDimTol& tol = vertices_[v].segmentLengthTol();
@@ -555,7 +555,7 @@ std::vector<long> kcSMDGDPoly::segmentsOutOfTolerance(const kcXform<2>& a, const
     const kcSMDDimension d = segmentDimension(s);
     if (d.min() < 0.0 && d.max() < 0.0) continue;
     auto lengthUnder = [&](const kcXform<2>& x) {
-      const kcVector<2> p = vertices_[vertexIndex_(s - 1, true)].point();
+      const kcVector<2> p = vertices_[wrappedIndex_(s - 1)].point();
       const kcVector<2> q = vertices_[s].point();
       if (isArcSegment_(s)) return (x * kc2SegmentArc(p, q, vertices_[s].segmentAngleSpan())).length();
       return kc2SegmentLine(x * p, x * q).length();

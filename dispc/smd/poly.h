@@ -189,6 +189,10 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   [[nodiscard]] int segmentIndex_(int i, bool wrap) const;
   [[nodiscard]] int nextVertexIndex_(int segment) const;
   [[nodiscard]] int previousVertexIndex_(int segment) const;
+  // vertexIndex_(i, true) as an index into the vertices: the arithmetic
+  // names n for an exact negative multiple of n, which in a closed
+  // one-vertex chain is where its only segment starts, vertex 0.
+  [[nodiscard]] int wrappedIndex_(int i) const;
   // The segment leaving / arriving at vertex v; -1 at the free ends of an open poly.
   [[nodiscard]] int nextSegmentIndex_(int v) const;
   [[nodiscard]] int previousSegmentIndex_(int v) const;
@@ -325,7 +329,12 @@ inline int kcSMDGDPoly::nextVertexIndex_(int segment) const {
 
 inline int kcSMDGDPoly::previousVertexIndex_(int segment) const {
   if (segment == 0 && open_) throw invalidIndex();
-  return vertexIndex_(segment - 1, true);
+  return wrappedIndex_(segment - 1);
+}
+
+inline int kcSMDGDPoly::wrappedIndex_(int i) const {
+  const int v = vertexIndex_(i, true);
+  return v == static_cast<int>(vertices_.size()) ? 0 : v;
 }
 
 inline bool kcSMDGDPoly::isArcSegment_(int s) const {

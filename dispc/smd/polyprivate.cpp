@@ -100,6 +100,12 @@ kc2SegmentArc kcSMDGDPolyPrivate::roundedArcSegment_(const kcSMDGDPoly& p, int s
   return onCircle(whole, from, sweep);
 }
 
+kcSMDGDPoly kcSMDGDPolyPrivate::validated(const kcSMDGDPoly& p) {
+  kcSMDGDPoly copy(p);
+  copy.validate_();
+  return copy;
+}
+
 kc2SegmentArc kcSMDGDPolyPrivate::roundingArc_(const kcSMDGDPoly& p, int v) {
   return kc2SegmentArc(p.roundStart_[v], p.roundEnd_[v], kcDegree(p.roundSpan_[v]));
 }

@@ -124,6 +124,15 @@ class kcSMDGDPolyPrivate : public kcSMDGDPoly {
   // The poly as a wireframe that carries it: its data, identity transform.
   [[nodiscard]] static kc2Wireframe wireframe(const kcSMDGDPoly& p);
 
+  // --- checks ---
+  // A copy of p with every rounding computed afresh and the whole outline
+  // validated, as a load validates it; the poly's error when it does not
+  // validate.
+  [[nodiscard]] static kcSMDGDPoly validated(const kcSMDGDPoly& p);
+  // Sets the open flag alone, validating nothing: what a refused open()
+  // leaves behind.
+  static void markOpen_(kcSMDGDPoly& p) noexcept { p.open_ = true; }
+
   // --- drawing ---
   // The synthetic image of p, mapped by the buffer's imageFromClientXform()
   // after xform, in grey: the even-odd fill of the rounded outline (see

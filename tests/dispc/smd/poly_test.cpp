@@ -106,6 +106,17 @@ TEST(SMDPoly, EditsCheckIndicesAndCounts) {
   Poly empty;
   EXPECT_THROW(empty.close(), Poly::invalidVertices);
   EXPECT_TRUE(empty.isOpen());
+  // A one-vertex chain cannot be closed: its only segment would run from
+  // the vertex to itself, and is refused as a refused edit is, whether the
+  // vertex is sharp, rounded or ends an arc (the sanitizers see that nothing
+  // past the vertex is read).
+  for (const Vertex& v : {at(1, 2), Vertex(V(1, 2), 1.0, 0.5, 0.5, -1),
+                          Vertex(V(1, 2), 1.0, kcDegree(90), 0.5, 0.5, -1, kcDimTol())}) {
+    Poly one;
+    one << v;
+    EXPECT_THROW(one.close(), kcException);
+    EXPECT_TRUE(one.isOpen());
+  }
   Poly two = closed({at(0, 0), at(1, 0)});
   const Bytes before = state(two);
   EXPECT_THROW(two.deleteVertex(0), Poly::invalidVertices);
