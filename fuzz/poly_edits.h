@@ -156,17 +156,15 @@ inline void apply(int op, Reader& in, kcSMDGDPoly& p) {
       p = kc2Rigid(kcRadian(turn), kcVector<2>(x, y)) * p;
       break;
     }
-    case 9: {
-      const int i = in.index(n);
-      kcSMDGDPolyVertex v = i >= 0 && i < n ? p.vertices()[i] : kcSMDGDPolyVertex();
-      v.vertexRadius(in.radius());
-      p.replaceVertex(i, v);
-      break;
-    }
+    case 9:
     case 10: {
+      // The radius (9) or the sweep (10) of a vertex changed alone.
       const int i = in.index(n);
       kcSMDGDPolyVertex v = i >= 0 && i < n ? p.vertices()[i] : kcSMDGDPolyVertex();
-      v.segmentAngleSpan(in.span());
+      if (op == 9)
+        v.vertexRadius(in.radius());
+      else
+        v.segmentAngleSpan(in.span());
       p.replaceVertex(i, v);
       break;
     }
