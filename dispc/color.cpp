@@ -115,6 +115,10 @@ kcArchive& operator||(kcArchive& ar, kcColor& c) {
   ar || read.flags_ || read.index_ || read.rgb_;
   if (ar.isLoading()) {
     if (read.flags_ & ~kKnownFlags) throw kcArchive::Corrupt(L"colour flags with unknown bits");
+    // Neither an index nor a triple: no colour, and equal to none, itself
+    // included.
+    if (!(read.flags_ & (kcColor::kIndexFlag | kcColor::kRGBFlag)))
+      throw kcArchive::Corrupt(L"colour with neither index nor triple");
     c = read;
   }
   return ar;

@@ -9,8 +9,9 @@
 // Archive forms: kcRGB is 4 bytes (signed version 0, r, g, b); kcColor is 7
 // bytes (signed version 0, flags, index, then its kcRGB record). A record is
 // read completely before the target changes, so a rejected or truncated record
-// leaves the target as it was. A flags byte with bits other than 0 to 2 set
-// cannot be a colour and loads as kcArchive::Corrupt.
+// leaves the target as it was. A flags byte with bits other than 0 to 2 set,
+// or with neither the index nor the triple bit, cannot be a colour and loads
+// as kcArchive::Corrupt.
 #pragma once
 
 #include <cstdint>

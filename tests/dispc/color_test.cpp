@@ -94,6 +94,10 @@ TEST(ColorArchive, FormsAndBadRecords) {
   expectUnknownVersion(Bytes{2, 1, 2, 3}, kcRGB(9, 9, 9), "dispc/color", 31);
   dispc_test::expectRefused<kcArchive::Corrupt>(Bytes{0, 0x0C, 1, 0, 0, 0, 0},
                                                 kcColor::blue);  // unknown flags
+  // Neither index nor triple (a stock flag alone, or none): equal to no
+  // colour, itself included.
+  for (unsigned char flags : {0, 1})
+    dispc_test::expectRefused<kcArchive::Corrupt>(Bytes{0, flags, 1, 0, 4, 5, 6}, kcColor::blue);
   dispc_test::expectRefused<kcArchive::Corrupt>(Bytes{0, 7, 245, 0, 250, 125}, kcColor::blue);
 }
 
