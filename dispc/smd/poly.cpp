@@ -426,6 +426,8 @@ void kcSMDGDPoly::negativeArrowColor(const kcColor& c) {
 }
 
 void kcSMDGDPoly::weight(double w) {
+  // A weight that is not a number would make the poly unequal to itself.
+  if (!std::isfinite(w)) throw kcShapesError::BadParams();
   mutating_();
   weight_ = w;
 }
@@ -615,6 +617,7 @@ void kcSMDGDPoly::serialize_(kcArchive& ar, unsigned char version) {
   ar || loaded.vertices_ || loaded.labels_ || loaded.roundStart_ || loaded.roundEnd_ || loaded.roundSpan_ ||
       loaded.open_ || loaded.reversed_ || loaded.colors_ || loaded.positiveArrow_ || loaded.negativeArrow_;
   if (version >= 1) ar || loaded.weight_;
+  if (!std::isfinite(loaded.weight_)) throw kcArchive::Corrupt(L"poly weight that is not a finite number");
   const std::size_t n = loaded.vertices_.size();
   if (loaded.roundStart_.size() != n || loaded.roundEnd_.size() != n || loaded.roundSpan_.size() != n)
     throw kcArchive::Corrupt(L"poly rounding caches of the wrong length");

@@ -39,7 +39,8 @@
 // Archive form: an unsigned version byte (1), the description prefix (the
 // name), the vertices, the labels (32-bit), the three caches, the open and
 // direction-reversed flags, the colours, the two arrow colours, the weight
-// (version 1 only; version 0 loads weight 1). Version 2 and above is
+// (version 1 only; version 0 loads weight 1; a weight that is not a finite
+// number is kcArchive::Corrupt). Version 2 and above is
 // kcArchive::UnknownVersion ("dispc/smd/poly"). A loaded poly is validated
 // whole: vertices that do not validate (crossing, an impossible rounding),
 // caches of the wrong length or a label list that does not match are
@@ -168,6 +169,7 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   void colors(const kcSMDColors& c);
   void positiveArrowColor(const kcColor& c);
   void negativeArrowColor(const kcColor& c);
+  // kcShapesError::BadParams unless w is a finite number.
   void weight(double w);
 
   // --- drawing ---

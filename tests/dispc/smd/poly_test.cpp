@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numbers>
 #include <random>
@@ -377,6 +378,16 @@ TEST(SMDPolyArchive, RoundTripVersionsAndCheckedLoads) {
   bow[openFlag] = 0;
   dispc_test::expectRefused<kcArchive::Corrupt>(bow, p);
   dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(bytes.begin(), bytes.end() - 3), p);
+  // A weight that is not a number (the last 8 bytes) would make the poly
+  // unequal to itself: refused when stored and when set.
+  Bytes nan = bytes;
+  const double notANumber = std::numeric_limits<double>::quiet_NaN();
+  std::memcpy(nan.data() + nan.size() - 8, &notANumber, 8);
+  dispc_test::expectRefused<kcArchive::Corrupt>(nan, p);
+  Poly weighed;
+  EXPECT_THROW(weighed.weight(notANumber), kcShapesError::BadParams);
+  EXPECT_THROW(weighed.weight(std::numeric_limits<double>::infinity()), kcShapesError::BadParams);
+  EXPECT_EQ(weighed.weight(), 1.0);
 }
 
 // --- validation against the plain all-pairs loop ---
