@@ -133,6 +133,9 @@ kcArchive& operator||(kcArchive& ar, kcDimTol& d) {
   auto kind = static_cast<std::uint32_t>(read.tolType_);
   ar || read.nomDim_ || read.minTol_ || read.maxTol_ || kind;
   if (ar.isLoading()) {
+    // A number that is not finite makes a tolerance unequal to itself.
+    if (!std::isfinite(read.nomDim_) || !std::isfinite(read.minTol_) || !std::isfinite(read.maxTol_))
+      throw kcArchive::Corrupt(L"dimension tolerance that is not a finite number");
     read.tolType_ = static_cast<kcDimTol::TolType>(kind);
     d = read;
   }

@@ -12,10 +12,9 @@
 //
 // Archive forms: kcDimTol is a signed version byte 0, the three doubles and
 // the kind as an unsigned 32-bit number (29 bytes); it is read whole before
-// the target changes. kcSMDDimension is an unsigned version byte 0, the three
-// doubles and the scale type as one unsigned byte (26 bytes); a loaded
-// dimension is validated like one being set, and a scale type above 255
-// cannot be stored (kcArchive::ValueOutOfRange).
+// the target changes, and a number that is not finite is kcArchive::Corrupt. kcSMDDimension is an unsigned
+// version byte 0, the three doubles and the scale type as one unsigned byte (26 bytes); a loaded dimension is
+// validated like one being set, and a scale type above 255 cannot be stored (kcArchive::ValueOutOfRange).
 #pragma once
 
 #include <cstdint>

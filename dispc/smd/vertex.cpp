@@ -185,6 +185,10 @@ void kcSMDGDPolyVertex::serialize_(kcArchive& ar, unsigned char version) {
   }
 
   if (ar.isLoading()) {
+    // A number that is not finite makes a vertex unequal to itself.
+    if (!std::isfinite(point.x()) || !std::isfinite(point.y()) || !std::isfinite(radius) ||
+        !std::isfinite(span.toDouble()))
+      throw kcArchive::Corrupt(L"vertex number that is not finite");
     checkPercent_(percentPrev);
     checkPercent_(percentNext);
     mutating_();

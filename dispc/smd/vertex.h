@@ -17,7 +17,8 @@
 // radius, span (degrees), the two percentages, the label (32-bit), then the
 // length tolerance. Version 1 has instead the lower and upper offsets and an
 // unused 32-bit word; version 0 has no tolerance. Loading checks the
-// percentages like the setters do, and the vertex's own fields change only
+// percentages like the setters do, refuses a point, radius or span that is
+// not finite (kcArchive::Corrupt), and the vertex's own fields change only
 // once the whole record has been read.
 #pragma once
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <tuple>
 #include <vector>
@@ -129,6 +130,9 @@ TEST(DimTolArchive, FormsRoundTripsAndBadRecords) {
   EXPECT_EQ(dispc_test::loaded(stored(t), T()), t);
   EXPECT_EQ(dispc_test::loaded(stored(s), S()), s);
   Bytes tb = stored(t), sb = stored(s);
+  // A number that is not finite (it would make the tolerance unequal to itself).
+  dispc_test::expectRefused<kcArchive::Corrupt>(record({-1, std::nan(""), -1}, 1, 4), t);
+  dispc_test::expectRefused<kcArchive::Corrupt>(record({HUGE_VAL, 1, 2}, 1, 4), t);
   dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(), t);
   dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(tb.begin(), tb.end() - 1), t);
   dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(sb.begin(), sb.end() - 1), s);

@@ -126,6 +126,14 @@ TEST(PolyVertexArchive, AllVersionsAndBadRecords) {
   bytes[0] = 2;
   for (long n : {0, 5, 57, 86})
     dispc_test::expectRefused<kcArchive::Corrupt>(Bytes(bytes.begin(), bytes.begin() + n), sample());
+  // A point, radius or span that is not finite (the vertex would equal no
+  // vertex, itself included).
+  for (std::size_t at : {6, 6 + 8, 6 + 16, 6 + 16 + 8}) {
+    Bytes broken = bytes;
+    const double notANumber = std::numeric_limits<double>::quiet_NaN();
+    std::memcpy(&broken[at], &notANumber, 8);
+    dispc_test::expectRefused<kcArchive::Corrupt>(broken, sample());
+  }
   const double zero = 0;
   std::memcpy(&bytes[6 + 16 + 8 + 8], &zero, 8);  // percentPrevSegment
   dispc_test::expectRefused<V::invalidSegmentLength>(bytes, sample());
