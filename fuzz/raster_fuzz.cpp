@@ -2,6 +2,7 @@
 // transforms read from the remaining bytes into small windows of a larger
 // image: no pel outside the window may change, and every pel set must lie
 // within a pel of the outline's bounding box under the same transform.
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -46,14 +47,19 @@ void drawAndCheck(const kcSMDGDPoly& p, polyedits::Reader& in) {
     boxed = true;
   } catch (const kcException&) {
   }
+  // A pel, and what a box held as corner and size loses to rounding far
+  // from the origin (edits can scale an outline to 1e17 and beyond).
+  const double far =
+      std::max({std::fabs(box.xMin()), std::fabs(box.xMax()), std::fabs(box.yMin()), std::fabs(box.yMax())});
+  const double margin = 1.0 + 1e-12 * (std::isfinite(far) ? far : 0.0);
   for (long y = 0; y < image.height(); ++y)
     for (long xx = 0; xx < image.width(); ++xx) {
       if (image.get(xx, y) == 0) continue;
       if (xx < kGuard || y < kGuard || xx >= kGuard + w || y >= kGuard + h)
         fail("a pel outside the window was written");
       if (!boxed) continue;
-      if (p.vertices().empty() || xx < std::floor(box.xMin()) - 1 || xx > box.xMax() + 1 ||
-          y < std::floor(box.yMin()) - 1 || y > box.yMax() + 1)
+      if (p.vertices().empty() || xx < std::floor(box.xMin()) - margin || xx > box.xMax() + margin ||
+          y < std::floor(box.yMin()) - margin || y > box.yMax() + margin)
         fail("a pel was set away from the outline's bounding box");
     }
 }
