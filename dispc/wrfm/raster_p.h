@@ -65,12 +65,15 @@ namespace kcRaster_ {
 // -1, and the floor of the rest is a plain truncation.
 template <bool kSafe>
 [[nodiscard]] inline std::int32_t floorAt(double v) noexcept {
-  if constexpr (kSafe) return v < 0.0 ? -1 : static_cast<std::int32_t>(v * kGrow);
+  // Not "v < 0": a point that is not a number (a degenerate piece) is outside too.
+  if constexpr (kSafe) return !(v >= 0.0) ? -1 : static_cast<std::int32_t>(v * kGrow);
   return floorTol(v);
 }
+// ceilTol(v), and for a value that is not a number the largest index, past
+// every window, so that a range it begins is empty.
 template <bool kSafe>
 [[nodiscard]] inline std::int32_t ceilAt(double v) noexcept {
-  if constexpr (kSafe) return ceilIn(v);
+  if constexpr (kSafe) return v == v ? ceilIn(v) : std::numeric_limits<std::int32_t>::max();
   return ceilTol(v);
 }
 
