@@ -77,13 +77,8 @@ inline constexpr double kInRange = 1073741824.0;  // 2^30
   return i - (back > v);
 }
 
-// floorTol and ceilTol for |v| < 2 kInRange, where nothing can saturate:
+// ceilTol for |v| < 2 kInRange, where nothing can saturate:
 // the rasterisers' inner loops, once their ends are known to be in range.
-[[nodiscard]] inline std::int32_t floorIn(double v) noexcept {
-  v *= v >= 0.0 ? kGrow : kShrink;
-  const auto i = static_cast<std::int32_t>(v);
-  return i - (static_cast<double>(i) > v);
-}
 [[nodiscard]] inline std::int32_t ceilIn(double v) noexcept {
   v *= v >= 0.0 ? kShrink : kGrow;
   const auto i = static_cast<std::int32_t>(v);

@@ -277,29 +277,6 @@ class kcRasterPen_ {
     }
     spot_ = {at, x, y};
   }
-  // The chords of an arc (as kfRasterChords_ cuts them), from its start.
-  void arc(const kcVector<2>& centre, const kcVector<2>& from, const kcVector<2>& to, double span,
-           const kcXform<2>& toPels) noexcept {
-    moveTo(toPels * from);
-    // The pels and the pen's place in locals, which a pel store cannot
-    // alias: they stay in registers along the chords.
-    const kcRasterPels_ pels = pels_;
-    kcVector<2> at = spot_.at;
-    std::int32_t x = spot_.x, y = spot_.y;
-    kcRasterArcWalk_ walk(centre, from, to, span, toPels);
-    for (kcVector<2> q; walk.next(q);) {
-      if (q == at) continue;
-      const std::int32_t qx = kcRaster_::floorAt<kSafe>(q.x()), qy = kcRaster_::floorAt<kSafe>(q.y());
-      if (qx != x || qy != y) {
-        pels.put(qx, qy, grey_);
-        kcRaster_::centrePels<kSafe>(pels, at, q, grey_);
-      }
-      at = q;
-      x = qx;
-      y = qy;
-    }
-    spot_ = {at, x, y};
-  }
 
  private:
   // Where the pen is (NaN before the first move: equal to nothing), and
