@@ -73,8 +73,8 @@ demo: deps
 	$(CURDIR)/build/dev/examples/soic8
 
 # Peer libraries the benchmarks measure against (Boost.Geometry, headers only;
-# OpenCV's polygon fill).
-bench: DEB_PACKAGES += libboost-dev libopencv-dev
+# OpenCV's polygon fill; Cairo's recording surface).
+bench: DEB_PACKAGES += libboost-dev libopencv-dev libcairo2-dev
 bench: deps
 	CXX=$(CXX) cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target bench

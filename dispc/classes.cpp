@@ -2,6 +2,7 @@
 
 #include "dispc/dimtol.h"
 #include "dispc/dispprop.h"
+#include "dispc/sketchop.h"
 #include "dispc/smd/model.h"
 #include "dispc/smd/modelprivate.h"
 #include "dispc/smd/poly.h"
@@ -54,6 +55,13 @@ constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
     &kcSMDGDModelPrivate::sExemplar,
     &kcGenPoly::sExemplar,
     &kc2Wireframe::sExemplar,
+    // sketch records
+    &kc_UISketchOpHeader::sExemplar,
+#define DISPC_SKETCH_EXEMPLAR_(Name, Value) &kc_UISketchOp##Name::sExemplar,
+    DISPC_SKETCH_PAYLOADS(DISPC_SKETCH_EXEMPLAR_)
+#undef DISPC_SKETCH_EXEMPLAR_
+        & kc_UISketchOpGenPoly::sExemplar,
+    &kc_UISketchOpWireframe::sExemplar,
 };
 }  // namespace
 

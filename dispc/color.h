@@ -148,6 +148,8 @@ class kcColor {
 
  private:
   friend kcArchive& operator||(kcArchive& ar, kcColor& c);
+  friend constexpr std::uint64_t kfSketchColorBits(const kcColor& c) noexcept;
+  friend bool kfLoadSketchColor(const unsigned char* p, kcColor& c) noexcept;
   // Stock colours only.
   constexpr kcColor(unsigned char index, unsigned char r, unsigned char g, unsigned char b) noexcept
       : flags_(kStockFlag | kRGBFlag | kIndexFlag), index_(index), rgb_(r, g, b) {}
@@ -169,6 +171,35 @@ class kcColor {
 // black, 0x00000080); a stock colour as the code of the first stock colour it
 // equals, or 0.
 [[nodiscard]] kgr_color kfColor(const kcColor& color);
+
+// The sketch form of a colour: 6 bytes, a 32-bit field holding r, g, b and
+// the index from the lowest byte up, then the flags as a 16-bit field.
+inline constexpr long kSketchColorSize = 6;
+// The 6 bytes of c as the low 48 bits of a number, the first byte lowest.
+[[nodiscard]] constexpr std::uint64_t kfSketchColorBits(const kcColor& c) noexcept {
+  return c.rgb_.r() | (std::uint64_t{c.rgb_.g()} << 8) | (std::uint64_t{c.rgb_.b()} << 16) |
+         (std::uint64_t{c.index_} << 24) | (std::uint64_t{c.flags_} << 32);
+}
+// Writes c's 6 bytes at p.
+inline void kfStoreSketchColor(unsigned char* p, const kcColor& c) noexcept {
+  const std::uint64_t bits = kfSketchColorBits(c);
+  kfStoreLE(p, static_cast<std::uint32_t>(bits));
+  kfStoreLE(p + 4, static_cast<std::uint16_t>(bits >> 32));
+}
+// The colour of the 6 bytes at p; false (and c unchanged) for bytes that are
+// no colour: flag bits other than 0 to 2, neither index nor triple.
+[[nodiscard]] inline bool kfLoadSketchColor(const unsigned char* p, kcColor& c) noexcept {
+  const auto packed = kfLoadLE<std::uint32_t>(p);
+  const auto flags = kfLoadLE<std::uint16_t>(p + 4);
+  // The same colours as the archive accepts.
+  if (flags & ~(kcColor::kStockFlag | kcColor::kRGBFlag | kcColor::kIndexFlag)) return false;
+  if (!(flags & (kcColor::kIndexFlag | kcColor::kRGBFlag))) return false;
+  c.flags_ = static_cast<unsigned char>(flags);
+  c.index_ = static_cast<unsigned char>(packed >> 24);
+  c.rgb_ = kcRGB(static_cast<unsigned char>(packed), static_cast<unsigned char>(packed >> 8),
+                 static_cast<unsigned char>(packed >> 16));
+  return true;
+}
 
 kcArchive& operator||(kcArchive& ar, kcRGB& c);
 kcArchive& operator||(kcArchive& ar, kcColor& c);

@@ -26,6 +26,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <iosfwd>
 
 #include "dispc/classes.h"
@@ -140,12 +141,26 @@ class kcGraphicProps : public virtual kcPersistent {
   static constexpr unsigned char kVersion = 0;
 
   kcColor penColor_ = kcColor::cyanColor();
+  // The fields of the sketch record, in one run of bytes without padding
+  // (see sameRecord_), so that a recording sketch compares them at once.
   long penWidth_ = 1;
   kePenStyle penStyle_ = penSolid;
-  bool fill_ = false;
   kePenJoin penJoin_ = joinRound;
   kePenEndCap penEndCap_ = capRound;
+  bool fill_ = false;
   bool arrowHead_ = true;
   bool arrowHeadForward_ = true;
   bool showVertex_ = false;
+
+  struct RecordLayout_ {
+    long width;
+    std::int32_t style, join, cap;
+    bool fill, arrow, forward, vertex;
+  };
+  static_assert(sizeof(RecordLayout_) == sizeof(long) + 3 * 4 + 4, "the record fields hold no padding");
+
+  // True when a and b write the same sketch record (the colour aside).
+  [[nodiscard]] static bool sameRecord_(const kcGraphicProps& a, const kcGraphicProps& b) noexcept {
+    return std::memcmp(&a.penWidth_, &b.penWidth_, sizeof(RecordLayout_)) == 0;
+  }
 };

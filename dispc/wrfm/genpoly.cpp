@@ -246,6 +246,12 @@ kcGenPoly::~kcGenPoly() = default;
 
 kcGenPoly::kcGenPoly(const kcSMDGDPoly& data) : poly_(data) {}
 
+kcGenPoly::kcGenPoly(const kcSMDGDPoly& data, const kcXform<2>& xform, bool editable)
+    : poly_(data), editable_(editable), xform_(xform) {
+  if (!isFiniteXform(xform)) throw kcShapesError::BadParams();
+  if (determinant(xform) == 0.0 || !std::isfinite(determinant(xform))) throw kcShapesError::DegenerateShape();
+}
+
 // The chain is validated once, whole, in its final open or closed state:
 // a closed outline's roundings need not pass as an open chain first.
 void kcGenPoly::build_(std::vector<kcSMDGDPolyVertex> chain, bool closed, const kcXform<2>& x) {

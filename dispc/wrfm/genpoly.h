@@ -123,6 +123,10 @@ class kcGenPoly : public kcShape {
 
   // The outline of a poly: its data copied whole (vertices, flags, colours).
   explicit kcGenPoly(const kcSMDGDPoly& data);
+  // The polygon of data seen through xform, editable or not, as a stored one
+  // comes back. BadParams for a transform that is not finite,
+  // DegenerateShape for a singular one.
+  kcGenPoly(const kcSMDGDPoly& data, const kcXform<2>& xform, bool editable);
   explicit kcGenPoly(const kcCircle& c);
   explicit kcGenPoly(const kcEllipse& e);
   explicit kcGenPoly(const kcEllipse2& e);

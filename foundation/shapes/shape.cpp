@@ -42,13 +42,7 @@ void kcShape::throwNotRegion_() { throw kcShapesError::NotRegion(); }
 
 // --- argument checks ---
 
-void kfCheckFinite(double v) {
-  if (!std::isfinite(v)) throw kcShapesError::BadParams();
-}
-void kfCheckFinite(const kcVector<2>& v) {
-  kfCheckFinite(v.x());
-  kfCheckFinite(v.y());
-}
+void kfThrowNotFinite_() { throw kcShapesError::BadParams(); }
 void kfCheckLoadedFinite(double v) {
   if (!std::isfinite(v)) throw kcArchive::Corrupt(L"shape coordinate is not finite");
 }

@@ -9,6 +9,7 @@
 // throw the kcShapesError that names the misuse.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -110,8 +111,13 @@ class kcShape : public virtual kcPersistent, public virtual kcRepBase {
 };
 
 // Rejects NaN and infinity in constructor arguments with kcShapesError::BadParams.
-void kfCheckFinite(double v);
-void kfCheckFinite(const kcVector<2>& v);
+[[noreturn]] void kfThrowNotFinite_();
+inline void kfCheckFinite(double v) {
+  if (!std::isfinite(v)) kfThrowNotFinite_();
+}
+inline void kfCheckFinite(const kcVector<2>& v) {
+  if (!std::isfinite(v.x()) || !std::isfinite(v.y())) kfThrowNotFinite_();
+}
 // The same for data just loaded from an archive: kcArchive::Corrupt.
 void kfCheckLoadedFinite(double v);
 void kfCheckLoadedFinite(const kcVector<2>& v);

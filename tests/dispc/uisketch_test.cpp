@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "dispc/uierror.h"
+#include "foundation/archive.h"
 
 namespace {
 
@@ -96,6 +97,60 @@ TEST(UISketchProps, RecordWrittenOnlyWhenSomethingButTheColourChanges) {
   ASSERT_EQ(s.length(), 44);
   EXPECT_EQ(s.data()[22], 40);
   EXPECT_EQ(s.data()[43], 1);
+}
+
+// A sketch holding the bytes first, first + 1, ..., first + n - 1.
+kcUISketch counting(int first, int n) {
+  kcUISketch s;
+  for (int i = 0; i < n; ++i) *s.append(1) = static_cast<unsigned char>(first + i);
+  return s;
+}
+
+TEST(UISketchMarks, CutInsertAndAppend) {
+  kcUISketch s = counting(0, 4);
+  const kcUISketchMark two = [] {
+    kcUISketch s2 = counting(0, 2);
+    return s2.mark();  // a mark is a position, good for any sketch
+  }();
+  const kcUISketchMark end = s.mark();
+  EXPECT_TRUE(s.subSketch(two, two).isNull());
+  EXPECT_TRUE(s.subSketch(end, two).isNull());
+  EXPECT_EQ(bytesOf(s.subSketch(two, end)), (Bytes{2, 3}));
+  s.remove(two, two);
+  s.remove(end, two);
+  EXPECT_EQ(bytesOf(s), (Bytes{0, 1, 2, 3}));
+
+  kcUISketch inserted = s;
+  inserted.insert(counting(7, 2), two);
+  EXPECT_EQ(bytesOf(inserted), (Bytes{0, 1, 7, 8, 2, 3}));
+  inserted.insert(inserted, kcUISketchMark());  // itself, at the front
+  EXPECT_EQ(bytesOf(inserted), (Bytes{0, 1, 7, 8, 2, 3, 0, 1, 7, 8, 2, 3}));
+
+  kcUISketch atEnd = s;
+  atEnd.insert(counting(9, 3), atEnd.mark());
+  kcUISketch appended = s;
+  appended += counting(9, 3);
+  EXPECT_EQ(bytesOf(atEnd), bytesOf(appended));
+
+  s.remove(kcUISketchMark(), two);
+  EXPECT_EQ(bytesOf(s), (Bytes{2, 3}));
+  const kcUISketch sum = counting(1, 2) + counting(5, 1);
+  EXPECT_EQ(bytesOf(sum), (Bytes{1, 2, 5}));
+  EXPECT_EQ(sum.capacity(), 3);
+  s += s;
+  EXPECT_EQ(bytesOf(s), (Bytes{2, 3, 2, 3}));
+}
+
+TEST(UISketchMarks, ArchiveAsTheirPosition) {
+  const kcUISketchMark m = counting(0, 5).mark();
+  kcMemArchive out;
+  kcUISketchMark copy = m;
+  out || copy;
+  EXPECT_EQ(out.bytes(), (Bytes{5, 0, 0, 0}));
+  kcMemArchive in(out.bytes());
+  kcUISketchMark back;
+  in || back;
+  EXPECT_EQ(back, m);
 }
 
 }  // namespace
