@@ -6,6 +6,7 @@
 #include "dispc/dimtol.h"
 #include "dispc/dispprop.h"
 #include "dispc/flagstack.h"
+#include "dispc/sketchop.h"
 #include "dispc/smd/gdbase.h"
 #include "dispc/smd/model.h"
 #include "dispc/smd/modelprivate.h"

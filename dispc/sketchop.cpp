@@ -1,5 +1,6 @@
 #include "dispc/sketchop.h"
 
+#include <memory>
 #include <ostream>
 #include <string>
 
@@ -169,13 +170,11 @@ long kfParseUISketch(const kcUISketch& sketch, long offset, kc_UISketchOpHeader&
   const std::span<const unsigned char> rest = bytes.subspan(static_cast<std::size_t>(offset));
   kc_UISketchOpHeader parsed(header);
   const long headerBytes = parsed.parseByteStream(rest);
-  const kcUISketchOpDataPtr payload(kfCreateUISketchOpData(parsed.opcode()));
+  // The caller's once parsed (a new payload object holds no handle yet).
+  std::unique_ptr<kc_UISketchOpData> payload(kfCreateUISketchOpData(parsed.opcode()));
   const long payloadBytes = payload->parseByteStream(rest.subspan(static_cast<std::size_t>(headerBytes)));
   header = parsed;
-  if (data) {
-    payload->addRef_();  // the caller's now: the handle's release leaves it alive
-    *data = payload.get();
-  }
+  if (data) *data = payload.release();
   return headerBytes + payloadBytes;
 }
 

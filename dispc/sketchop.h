@@ -5,8 +5,8 @@
 // Record layout. A record is an optional 22-byte properties record (byte 40,
 // version byte 0, the 20 bytes of kcGraphicProps' sketch record), the 8-byte
 // operation header (opcode as a signed byte, layer byte 0 to 2, the 6-byte
-// colour: flags, index, r, g, b packed into 32 bits then the flags as 16
-// bits, see kfStoreSketchColor) and the payload. Everything is little-endian
+// colour of kfStoreSketchColor: r, g, b and the index in 32 bits, then the
+// flags in 16) and the payload. Everything is little-endian
 // and unaligned.
 //
 // Payloads are written field by field, in the order of each class's one

@@ -51,6 +51,22 @@ TEST(SketchOps, EveryOpcodeWritesParsesAndWritesBackTheSameBytes) {
   }
 }
 
+TEST(SketchOps, RecordWritesWhatTheThreeStepsWrite) {
+  const kcGraphicProps wide(kcColor::red, 3, kcGraphicProps::penDash, true);
+  kcGraphicProps blue(wide);
+  blue.penColor(kcColor::blue);
+  kcUISketch steps;
+  kcUISketch records;
+  for (const kcGraphicProps* p : std::vector<const kcGraphicProps*>{&wide, &blue, &wide}) {
+    steps.opcode(kcUISketch::kPropsOpcode, *p);
+    steps.opcode(44, 1, p->penColor());
+    kc_UISketchOpPolyline::write(steps, Sample<kcPolyline>::make());
+    kc_UISketchOpPolyline::record(records, 44, 1, *p, Sample<kcPolyline>::make());
+  }
+  EXPECT_EQ(bytesOf(records), bytesOf(steps));
+  EXPECT_EQ(records.length(), 22 + 3 * (8 + 4 + 3 * 16 + 1));  // one properties record
+}
+
 TEST(SketchOps, ParsedValuesEqualTheWrittenOnes) {
   auto check = [](auto op, const auto& value) {
     kcUISketch s;
