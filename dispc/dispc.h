@@ -13,6 +13,7 @@
 #include "dispc/smd/poly.h"
 #include "dispc/smd/polyprivate.h"
 #include "dispc/smd/vertex.h"
+#include "dispc/tablet.h"
 #include "dispc/teescope.h"
 #include "dispc/tracescope.h"
 #include "dispc/uibitmap.h"

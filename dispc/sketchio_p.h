@@ -246,6 +246,16 @@ void sketchArchive(kcArchive& ar, V& v) {
 void sketchArchive(kcArchive& ar, kcGenPoly& v);
 void sketchArchive(kcArchive& ar, kc2Wireframe& v);
 
+// Playback: draws a record's value on a tablet through the call that
+// recorded it, the opcode telling apart the calls that share a value
+// (tablet_play.cpp).
+#define DISPC_SKETCH_DRAW_(Name, Value) \
+  void sketchDraw(kcUITablet& t, const kc_UISketchOpHeader& h, const Value& v);
+DISPC_SKETCH_PAYLOADS(DISPC_SKETCH_DRAW_)
+DISPC_SKETCH_DRAW_(GenPoly, kcGenPoly)
+DISPC_SKETCH_DRAW_(Wireframe, kc2Wireframe)
+#undef DISPC_SKETCH_DRAW_
+
 // A value read from bytes: InvalidUISketch for anything its own checks refuse.
 template <class V, class Read>
 V sketchLoad(Read&& read) {
@@ -317,6 +327,11 @@ void kc_UISketchOpOf<Self, V>::populateSketch(kcUISketch& sketch) const {
 }
 
 template <class Self, class V>
+void kc_UISketchOpOf<Self, V>::draw(kcUITablet& tablet, const kc_UISketchOpHeader& header) const {
+  sketchDraw(tablet, header, value_);
+}
+
+template <class Self, class V>
 void kc_UISketchOpOf<Self, V>::dump(std::ostream& out) const {
   kcSketchIO::Dumper dumper(out);
   sketchTransfer(dumper, const_cast<V&>(value_));
@@ -364,3 +379,25 @@ long kc_UISketchOpBlock<Self, V>::parseVersion0ByteStream(std::span<const unsign
   this->value_ = sketchLoad<V>([&](V& v) { sketchTransferBlock(in, v, true); });
   return static_cast<long>(in.position());
 }
+
+// The payloads whose transfers live in sketchop_values.cpp are instantiated
+// there only; users of this header call the instantiated members.
+extern template class kc_UISketchOpOf<kc_UISketchOpString, kc_UISketchText<char>>;
+extern template class kc_UISketchOpOf<kc_UISketchOpPelBuf8, kc_UISketchImage>;
+extern template class kc_UISketchOpOf<kc_UISketchOpRleBuf, kc_UISketchRleImage>;
+extern template class kc_UISketchOpOf<kc_UISketchOpSketch, kc_UISketchNested>;
+extern template class kc_UISketchOpOf<kc_UISketchOpSet, kc_UISketchArea>;
+extern template class kc_UISketchOpOf<kc_UISketchOpSetAll, kc_UISketchNothing>;
+extern template class kc_UISketchOpOf<kc_UISketchOpSetComp, kc_UISketchArea>;
+extern template class kc_UISketchOpOf<kc_UISketchOpFill, kc_UISketchFill>;
+extern template class kc_UISketchOpOf<kc_UISketchOpDrawToRelPels, kc_UISketchPelOffset>;
+extern template class kc_UISketchOpOf<kc_UISketchOpMoveToRelPels, kc_UISketchPelOffset>;
+extern template class kc_UISketchOpOf<kc_UISketchOpOutline3d, kc_UISketchOutline3d>;
+extern template class kc_UISketchOpOf<kc_UISketchOpArrow, kc_UISketchArrow>;
+extern template class kc_UISketchOpOf<kc_UISketchOpGenShape, kc_UISketchGenShape>;
+extern template class kc_UISketchOpOf<kc_UISketchOpUnicodeString, kc_UISketchText<char16_t>>;
+extern template class kc_UISketchOpOf<kc_UISketchOpEllipseAnnSectArrowheadFlag, kc_UISketchArrowSection>;
+extern template class kc_UISketchOpOf<kc_UISketchOpGenPoly, kcGenPoly>;
+extern template class kc_UISketchOpOf<kc_UISketchOpWireframe, kc2Wireframe>;
+extern template class kc_UISketchOpBlock<kc_UISketchOpGenPoly, kcGenPoly>;
+extern template class kc_UISketchOpBlock<kc_UISketchOpWireframe, kc2Wireframe>;

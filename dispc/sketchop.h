@@ -88,6 +88,8 @@
 #include "foundation/shapes/rect.h"
 #include "foundation/shapes/spline.h"
 
+class kcUITablet;
+
 // --- the header ---
 
 class kc_UISketchOpHeader : public virtual kcPersistent, public virtual kcRepBase {
@@ -159,6 +161,9 @@ class kc_UISketchOpData : public virtual kcPersistent, public virtual kcRepBase 
   virtual void populateSketch(kcUISketch& sketch) const = 0;
   // The payload's fields as "name=value" words.
   virtual void dump(std::ostream& out) const = 0;
+  // Draws the record on a tablet through the call that records it, with the
+  // header's properties and layer (playback).
+  virtual void draw(kcUITablet& tablet, const kc_UISketchOpHeader& header) const = 0;
 
   void dispatchSerialize(kcArchive& ar) override;
 
@@ -188,6 +193,7 @@ class kc_UISketchOpOf : public kc_UISketchOpData {
   long parseByteStream(std::span<const unsigned char> bytes) override;
   void populateSketch(kcUISketch& sketch) const override;
   void dump(std::ostream& out) const override;
+  void draw(kcUITablet& tablet, const kc_UISketchOpHeader& header) const override;
   void dispatchSerialize(kcArchive& ar) override;
 
   // Appends the payload of v: what a recording tablet writes after the header.

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "dispc/tablet_p.h"
+
 namespace {
 
 // One trace line, built argument by argument.
@@ -201,7 +203,7 @@ void kcUITraceScope::text(const std::wstring& s, const kcVector<2>& at, const kc
 
 kcUIRect kcUITraceScope::textRect(const std::wstring& s, const kcVector<2>& at, const kcUIFormat& f) {
   lines_.push_back(Line("textRect").wide(s).vec(at).integer(f.fontId()).integer(f.alignment()).str());
-  const kcUIRect box(static_cast<long>(std::floor(at.x())), static_cast<long>(std::floor(at.y())),
+  const kcUIRect box(kfTabletPel(std::floor(at.x())), kfTabletPel(std::floor(at.y())),
                      kCharWidth * static_cast<long>(s.size()), kCharHeight);
   return f.alignRect(box);
 }
