@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-#include "dispc/sketchio_p.h"
+#include "dispc/sketchshapes_p.h"
 #include "dispc/tablet.h"
 #include "dispc/tablet_p.h"
 #include "dispc/uierror.h"
