@@ -273,7 +273,8 @@ struct kc_UISketchText {
 // Opcode 12: an 8-bit image. Layout: position, passThrough and passColor
 // bytes, the image-from-client transform and 8 zero bytes, the window's
 // offset in its image (two 32-bit values), width and height (32-bit), the
-// mapped byte, then the pels row by row. The header colour is colour 0.
+// mapped byte, then the pels row by row; an image without pels is 0 x 0.
+// The header colour is colour 0.
 struct kc_UISketchImage {
   kcVector<2> position;
   bool passThrough = false;
@@ -288,7 +289,8 @@ struct kc_UISketchImage {
 
 // Opcode 14: a run-length image. Layout: position, passThrough, passColor and
 // mapped bytes, colour-table length n (32-bit) and n bytes, width and height
-// (32-bit), the 16-bit units up to and including the terminating zero unit.
+// (32-bit; 0 x 0 for an image without pels), the 16-bit units up to and
+// including the terminating zero unit.
 struct kc_UISketchRleImage {
   kcVector<2> position;
   bool passThrough = false;

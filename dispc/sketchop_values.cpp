@@ -214,13 +214,11 @@ void sketchTransfer(IO& io, kc_UISketchImage& v) {
   io("height", height);
   io("mapped", v.mapped);
   if constexpr (IO::kLoading) {
-    if (width < 0 || height < 0) Reader::invalid();
     // Checked before the image is allocated: the pels must follow, and an
-    // image without pels may not claim more rows or columns than there are
-    // bytes left (each row is walked).
-    const std::size_t left = io.remaining();
-    if (static_cast<std::size_t>(width) > left || static_cast<std::size_t>(height) > left) Reader::invalid();
-    if (width > 0 && static_cast<std::size_t>(height) > left / static_cast<std::size_t>(width))
+    // image without pels is 0 x 0 (a size of no pels would only cost rows to
+    // walk).
+    if (width < 0 || height < 0 || (width == 0) != (height == 0)) Reader::invalid();
+    if (width > 0 && static_cast<std::size_t>(height) > io.remaining() / static_cast<std::size_t>(width))
       Reader::invalid();
     v.image = kcPelBuffer<unsigned char>(width, height);
     v.image.imageFromClientXform(x);
@@ -251,11 +249,8 @@ void sketchTransfer(IO& io, kc_UISketchRleImage& v) {
       io("unit", u);
       units.push_back(u);
     }
-    // Every row takes a unit unless the image has no pels; then the size may
-    // not pass the bytes of the record (checking it walks the rows).
-    if ((width == 0 || height == 0) &&
-        (static_cast<std::size_t>(std::max(width, height)) > io.position() + io.remaining()))
-      Reader::invalid();
+    // An image without pels is 0 x 0, as for opcode 12.
+    if ((width == 0) != (height == 0)) Reader::invalid();
     v.image = kcRLEBuffer(width, height, std::move(units));
   } else if constexpr (std::is_same_v<IO, kcSketchIO::Dumper>) {
     io.units("units", nullptr, units.size());

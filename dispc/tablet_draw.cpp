@@ -719,9 +719,11 @@ void kcUITablet::draw(const kcPelBuffer_const<unsigned char>& image, const kcPoi
     v.mapped = mapped;
     v.offsetX = pelValue(image.offsetX());
     v.offsetY = pelValue(image.offsetY());
-    // The window's pels, copied: the record keeps them as they are now.
-    v.image = kcPelBuffer<unsigned char>(image.width(), image.height());
-    for (long y = 0; y < image.height(); ++y)
+    // The window's pels, copied: the record keeps them as they are now (an
+    // image without pels as 0 x 0).
+    const bool empty = image.width() == 0 || image.height() == 0;
+    v.image = kcPelBuffer<unsigned char>(empty ? 0 : image.width(), empty ? 0 : image.height());
+    for (long y = 0; y < v.image.height(); ++y)
       std::copy(image.row(y), image.row(y) + image.width(), v.image.row(y));
     v.image.imageFromClientXform(image.imageFromClientXform());
     kc_UISketchOpPelBuf8::record(sketch_, 12, static_cast<signed char>(layer), colored(kcColor(0)), v);
@@ -738,5 +740,6 @@ void kcUITablet::draw(const kcRLEBuffer& image, const kcPoint& at,
   if (recording_())
     kc_UISketchOpRleBuf::record(
         sketch_, 14, static_cast<signed char>(layer), colored(kcColor(0)),
-        kc_UISketchRleImage{at.point(), passThrough, passColor, mapped, colorTable, image});
+        kc_UISketchRleImage{at.point(), passThrough, passColor, mapped, colorTable,
+                            image.width() == 0 || image.height() == 0 ? kcRLEBuffer() : image});
 }
