@@ -382,22 +382,10 @@ long kc_UISketchOpBlock<Self, V>::parseVersion0ByteStream(std::span<const unsign
 
 // The payloads whose transfers live in sketchop_values.cpp are instantiated
 // there only; users of this header call the instantiated members.
-extern template class kc_UISketchOpOf<kc_UISketchOpString, kc_UISketchText<char>>;
-extern template class kc_UISketchOpOf<kc_UISketchOpPelBuf8, kc_UISketchImage>;
-extern template class kc_UISketchOpOf<kc_UISketchOpRleBuf, kc_UISketchRleImage>;
-extern template class kc_UISketchOpOf<kc_UISketchOpSketch, kc_UISketchNested>;
-extern template class kc_UISketchOpOf<kc_UISketchOpSet, kc_UISketchArea>;
-extern template class kc_UISketchOpOf<kc_UISketchOpSetAll, kc_UISketchNothing>;
-extern template class kc_UISketchOpOf<kc_UISketchOpSetComp, kc_UISketchArea>;
-extern template class kc_UISketchOpOf<kc_UISketchOpFill, kc_UISketchFill>;
-extern template class kc_UISketchOpOf<kc_UISketchOpDrawToRelPels, kc_UISketchPelOffset>;
-extern template class kc_UISketchOpOf<kc_UISketchOpMoveToRelPels, kc_UISketchPelOffset>;
-extern template class kc_UISketchOpOf<kc_UISketchOpOutline3d, kc_UISketchOutline3d>;
-extern template class kc_UISketchOpOf<kc_UISketchOpArrow, kc_UISketchArrow>;
-extern template class kc_UISketchOpOf<kc_UISketchOpGenShape, kc_UISketchGenShape>;
-extern template class kc_UISketchOpOf<kc_UISketchOpUnicodeString, kc_UISketchText<char16_t>>;
-extern template class kc_UISketchOpOf<kc_UISketchOpEllipseAnnSectArrowheadFlag, kc_UISketchArrowSection>;
-extern template class kc_UISketchOpOf<kc_UISketchOpGenPoly, kcGenPoly>;
-extern template class kc_UISketchOpOf<kc_UISketchOpWireframe, kc2Wireframe>;
+#define DISPC_SKETCH_EXTERN_(Name, Value) extern template class kc_UISketchOpOf<kc_UISketchOp##Name, Value>;
+DISPC_SKETCH_VALUE_PAYLOADS(DISPC_SKETCH_EXTERN_)
+DISPC_SKETCH_EXTERN_(GenPoly, kcGenPoly)
+DISPC_SKETCH_EXTERN_(Wireframe, kc2Wireframe)
+#undef DISPC_SKETCH_EXTERN_
 extern template class kc_UISketchOpBlock<kc_UISketchOpGenPoly, kcGenPoly>;
 extern template class kc_UISketchOpBlock<kc_UISketchOpWireframe, kc2Wireframe>;

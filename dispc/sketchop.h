@@ -351,46 +351,52 @@ kcArchive& operator||(kcArchive& ar, kc_UISketchNested& v);
 
 // --- the payload classes ---
 
-// Each payload class and the value it holds.
-#define DISPC_SKETCH_PAYLOADS(X)                          \
-  X(Point, kcPoint)                                       \
-  X(PointIcon, kcPoint)                                   \
-  X(LineSeg, kcLineSeg)                                   \
-  X(Line, kcLine)                                         \
-  X(Circle, kcCircle)                                     \
-  X(Ellipse, kcEllipse)                                   \
-  X(EllipseArc, kcEllipseArc)                             \
-  X(EllipseAnnSect, kcEllipseAnnulusSection)              \
-  X(GenRect, kcGenRect)                                   \
-  X(GenAnn, kcGenAnnulus)                                 \
-  X(CoordAxes, kcCoordAxes)                               \
-  X(String, kc_UISketchText<char>)                        \
-  X(PelBuf8, kc_UISketchImage)                            \
-  X(RleBuf, kc_UISketchRleImage)                          \
-  X(Sketch, kc_UISketchNested)                            \
-  X(Set, kc_UISketchArea)                                 \
-  X(SetAll, kc_UISketchNothing)                           \
-  X(SetComp, kc_UISketchArea)                             \
-  X(Fill, kc_UISketchFill)                                \
-  X(DrawStart, kcPoint)                                   \
-  X(DrawTo, kcPoint)                                      \
-  X(DrawToRelPels, kc_UISketchPelOffset)                  \
-  X(MoveToRelPels, kc_UISketchPelOffset)                  \
-  X(Outline3d, kc_UISketchOutline3d)                      \
-  X(Arrow, kc_UISketchArrow)                              \
-  X(AffineRect, kcAffineRectangle)                        \
-  X(Polygon, kcPolygon)                                   \
-  X(Rect, kcRect)                                         \
-  X(GenShape, kc_UISketchGenShape)                        \
-  X(UnicodeString, kc_UISketchText<char16_t>)             \
-  X(Cross, kcCross)                                       \
-  X(EllipseAnnSectArrowheadFlag, kc_UISketchArrowSection) \
-  X(BezierCurve, kcBezierCurve)                           \
-  X(CubicSpline, kcCubicSpline)                           \
-  X(Polyline, kcPolyline)                                 \
-  X(Ellipse2, kcEllipse2)                                 \
-  X(EllipseArc2, kcEllipseArc2)                           \
+// Each payload class and the value it holds: those that hold one foundation
+// shape (their transfers in sketchshapes_p.h), the others (sketchop_values.cpp),
+// and all of them but the wireframe block's two.
+#define DISPC_SKETCH_SHAPE_PAYLOADS(X)       \
+  X(Point, kcPoint)                          \
+  X(PointIcon, kcPoint)                      \
+  X(LineSeg, kcLineSeg)                      \
+  X(Line, kcLine)                            \
+  X(Circle, kcCircle)                        \
+  X(Ellipse, kcEllipse)                      \
+  X(EllipseArc, kcEllipseArc)                \
+  X(EllipseAnnSect, kcEllipseAnnulusSection) \
+  X(GenRect, kcGenRect)                      \
+  X(GenAnn, kcGenAnnulus)                    \
+  X(CoordAxes, kcCoordAxes)                  \
+  X(DrawStart, kcPoint)                      \
+  X(DrawTo, kcPoint)                         \
+  X(AffineRect, kcAffineRectangle)           \
+  X(Polygon, kcPolygon)                      \
+  X(Rect, kcRect)                            \
+  X(Cross, kcCross)                          \
+  X(BezierCurve, kcBezierCurve)              \
+  X(CubicSpline, kcCubicSpline)              \
+  X(Polyline, kcPolyline)                    \
+  X(Ellipse2, kcEllipse2)                    \
+  X(EllipseArc2, kcEllipseArc2)              \
   X(ClipRect, kcRect)
+
+#define DISPC_SKETCH_VALUE_PAYLOADS(X)        \
+  X(String, kc_UISketchText<char>)            \
+  X(PelBuf8, kc_UISketchImage)                \
+  X(RleBuf, kc_UISketchRleImage)              \
+  X(Sketch, kc_UISketchNested)                \
+  X(Set, kc_UISketchArea)                     \
+  X(SetAll, kc_UISketchNothing)               \
+  X(SetComp, kc_UISketchArea)                 \
+  X(Fill, kc_UISketchFill)                    \
+  X(DrawToRelPels, kc_UISketchPelOffset)      \
+  X(MoveToRelPels, kc_UISketchPelOffset)      \
+  X(Outline3d, kc_UISketchOutline3d)          \
+  X(Arrow, kc_UISketchArrow)                  \
+  X(GenShape, kc_UISketchGenShape)            \
+  X(UnicodeString, kc_UISketchText<char16_t>) \
+  X(EllipseAnnSectArrowheadFlag, kc_UISketchArrowSection)
+
+#define DISPC_SKETCH_PAYLOADS(X) DISPC_SKETCH_SHAPE_PAYLOADS(X) DISPC_SKETCH_VALUE_PAYLOADS(X)
 
 // Every opcode once: its number, its payload class and its payload size in
 // bytes (kVariable: read from the payload). It drives the factory, the

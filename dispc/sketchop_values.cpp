@@ -180,20 +180,24 @@ void sketchTransfer(IO&, kc_UISketchNothing&) {}
 
 // --- text ---
 
-template <class IO>
-void sketchTransfer(IO& io, kc_UISketchText<char>& v) {
+namespace {
+template <class IO, class Char>
+void transferTextRecord(IO& io, kc_UISketchText<Char>& v) {
   io("at", v.position);
   io("background", v.background);
   transferFormat(io, v.format);
   transferText(io, v.text);
 }
+}  // namespace
+
+template <class IO>
+void sketchTransfer(IO& io, kc_UISketchText<char>& v) {
+  transferTextRecord(io, v);
+}
 
 template <class IO>
 void sketchTransfer(IO& io, kc_UISketchText<char16_t>& v) {
-  io("at", v.position);
-  io("background", v.background);
-  transferFormat(io, v.format);
-  transferText(io, v.text);
+  transferTextRecord(io, v);
 }
 
 // --- images ---
@@ -620,29 +624,12 @@ void sketchArchive(kcArchive& ar, kc2Wireframe& v) { archiveBlock(ar, v); }
 
 // --- the payload classes ---
 
-#define DISPC_SKETCH_VALUES_(X)                           \
-  X(String, kc_UISketchText<char>)                        \
-  X(PelBuf8, kc_UISketchImage)                            \
-  X(RleBuf, kc_UISketchRleImage)                          \
-  X(Sketch, kc_UISketchNested)                            \
-  X(Set, kc_UISketchArea)                                 \
-  X(SetAll, kc_UISketchNothing)                           \
-  X(SetComp, kc_UISketchArea)                             \
-  X(Fill, kc_UISketchFill)                                \
-  X(DrawToRelPels, kc_UISketchPelOffset)                  \
-  X(MoveToRelPels, kc_UISketchPelOffset)                  \
-  X(Outline3d, kc_UISketchOutline3d)                      \
-  X(Arrow, kc_UISketchArrow)                              \
-  X(GenShape, kc_UISketchGenShape)                        \
-  X(UnicodeString, kc_UISketchText<char16_t>)             \
-  X(EllipseAnnSectArrowheadFlag, kc_UISketchArrowSection) \
-  X(GenPoly, kcGenPoly)                                   \
-  X(Wireframe, kc2Wireframe)
-
 #define DISPC_SKETCH_DEFINE_(Name, Value)                     \
   template class kc_UISketchOpOf<kc_UISketchOp##Name, Value>; \
   KC_DEFINE_PERSISTENT(kc_UISketchOp##Name)
-DISPC_SKETCH_VALUES_(DISPC_SKETCH_DEFINE_)
+DISPC_SKETCH_VALUE_PAYLOADS(DISPC_SKETCH_DEFINE_)
+DISPC_SKETCH_DEFINE_(GenPoly, kcGenPoly)
+DISPC_SKETCH_DEFINE_(Wireframe, kc2Wireframe)
 #undef DISPC_SKETCH_DEFINE_
 
 template class kc_UISketchOpBlock<kc_UISketchOpGenPoly, kcGenPoly>;

@@ -230,46 +230,46 @@ void kcUITraceScope::outline3D(const kcUIRect& r, const kcColor& light, const kc
   lines_.push_back(Line("outline3D").rect(r).color(light).color(dark).integer(width).str());
 }
 
+namespace {
+// An image call: size, the hash of the pels, position, colour map, pass colour.
+std::string imageLine(const char* member, long width, long height, std::uint64_t pels, const kcVector<2>& at,
+                      const std::vector<unsigned char>& colourMap, bool passThrough,
+                      unsigned char passColour) {
+  std::uint64_t map = kHashStart;
+  hashBytes(colourMap.data(), colourMap.size(), map);
+  return Line(member)
+      .integer(width)
+      .integer(height)
+      .hashWord(pels)
+      .vec(at)
+      .integer(static_cast<long long>(colourMap.size()))
+      .hashWord(map)
+      .flag(passThrough)
+      .integer(passColour)
+      .str();
+}
+}  // namespace
+
 void kcUITraceScope::image(const kcPelBuffer_const<unsigned char>& image, const kcVector<2>& at,
                            const std::vector<unsigned char>& colourMap, bool passThrough,
                            unsigned char passColour) {
-  Line line("image");
   std::uint64_t pels = kHashStart;
   for (long y = 0; y < image.height(); ++y)
     hashBytes(image.row(y), static_cast<std::size_t>(image.width()), pels);
-  std::uint64_t map = kHashStart;
-  hashBytes(colourMap.data(), colourMap.size(), map);
-  lines_.push_back(std::move(line.integer(image.width())
-                                 .integer(image.height())
-                                 .hashWord(pels)
-                                 .vec(at)
-                                 .integer(static_cast<long long>(colourMap.size()))
-                                 .hashWord(map)
-                                 .flag(passThrough)
-                                 .integer(passColour))
-                       .str());
+  lines_.push_back(
+      imageLine("image", image.width(), image.height(), pels, at, colourMap, passThrough, passColour));
 }
 
 void kcUITraceScope::image(const kcRLEBuffer& image, const kcVector<2>& at,
                            const std::vector<unsigned char>& colourMap, bool passThrough,
                            unsigned char passColour) {
-  Line line("imageRLE");
   std::uint64_t units = kHashStart;
   for (std::uint16_t u : image.units()) {
     const unsigned char two[2] = {static_cast<unsigned char>(u), static_cast<unsigned char>(u >> 8)};
     hashBytes(two, 2, units);
   }
-  std::uint64_t map = kHashStart;
-  hashBytes(colourMap.data(), colourMap.size(), map);
-  lines_.push_back(std::move(line.integer(image.width())
-                                 .integer(image.height())
-                                 .hashWord(units)
-                                 .vec(at)
-                                 .integer(static_cast<long long>(colourMap.size()))
-                                 .hashWord(map)
-                                 .flag(passThrough)
-                                 .integer(passColour))
-                       .str());
+  lines_.push_back(
+      imageLine("imageRLE", image.width(), image.height(), units, at, colourMap, passThrough, passColour));
 }
 
 // --- the pen ---
