@@ -10,6 +10,8 @@
 #include "dispc/tracescope.h"
 #include "dispc/uierror.h"
 #include "foundation/archive.h"
+#include "foundation/shapes/deboorspline.h"
+#include "foundation/shapes/shapetree.h"
 
 namespace {
 
@@ -317,6 +319,42 @@ TEST(Tablet, OpenCurvesGetTheirArrowHeads) {
   ASSERT_EQ(t.main.lines().size(), 5u);
   EXPECT_EQ(t.main.lines()[1].rfind("arrowHead 10 0 1 0 12 ", 0), 0u) << t.main.lines()[1];
   EXPECT_EQ(t.main.lines()[3].rfind("arrowHead 0 0 -1 -0 12 ", 0), 0u) << t.main.lines()[3];
+}
+
+TEST(Tablet, ShapesByTheirClassAndTheTextRect) {
+  Traced t;
+  t.tablet.recordOn() = true;
+  const kcGraphicProps props(kcColor::red, 2, kcGraphicProps::penSolid, false);
+  // Calls with the same props: one properties record.
+  const kcShapePtr circle(new kcCircle({1, 2}, 3));
+  t.tablet.draw(*circle, props, L::mainLayer);
+  const kcShapeTree tree({kcShapePtr(new kcLineSeg({0, 0}, {1, 0})), kcShapePtr(new kcPoint(5, 5))});
+  t.tablet.draw(tree, props, L::mainLayer);  // no call of its own: its pieces
+  t.tablet.draw(kcDeBoorSpline({{0, 0}, {10, 10}, {20, 0}, {30, 10}}), props, L::mainLayer);
+  kcUISketchParser records(t.tablet.sketch());
+  std::vector<long> opcodes;
+  int withProps = 0;
+  while (records.next()) {
+    opcodes.push_back(records.header().opcode());
+    withProps += records.header().hasProps();
+  }
+  ASSERT_GE(opcodes.size(), 4u);
+  EXPECT_EQ(opcodes[0], 4);
+  EXPECT_EQ(opcodes[1], 2);
+  EXPECT_EQ(opcodes[2], 0);
+  EXPECT_EQ(opcodes.back(), 43);  // a de Boor spline's piece is a cubic spline
+  EXPECT_EQ(withProps, 1);
+  ASSERT_GE(t.main.lines().size(), 4u);
+  EXPECT_EQ(t.main.lines()[0].rfind("ellipse ", 0), 0u);
+  EXPECT_EQ(t.main.lines()[t.main.lines().size() - 2].rfind("path M ", 0), 0u);
+
+  kcUIRect r;
+  t.tablet.scaleExact(kcPair<double>(2.0, 2.0));
+  t.tablet.textRect(L"ab", kcPoint(5, 5), kcUIFormat(0, kcUIFormat::topLeft), r, L::mainLayer);
+  EXPECT_EQ(r, kcUIRect(10, 10, 16, 16));
+  kcUITablet bare;
+  bare.textRect(L"ab", kcPoint(5, 5), kcUIFormat(0, kcUIFormat::topLeft), r, L::mainLayer);
+  EXPECT_TRUE(r.isNull());
 }
 
 // --- playback ---
