@@ -60,7 +60,7 @@ kcGraphicProps colored(const kcColor& c) {
 }
 
 // The smallest pel rectangle holding the points.
-kcUIRect pelBox(std::initializer_list<kcVector<2>> points) {
+kcUIRect pelBox(const std::array<kcVector<2>, 4>& points) {
   double x0 = std::numeric_limits<double>::infinity();
   double y0 = x0;
   double x1 = -x0;
@@ -346,11 +346,8 @@ void kcUITablet::draw(const kcRect& r, const kcGraphicProps& props, Layers layer
   checkLayer_(layer);
   if (kcUIScope* s = drawingScope_(layer); s && !r.isEmpty()) {
     // The four corners, mapped: a rectangle under any affine map.
-    const kcVector<2> o = r.origin();
-    const kcVector<2> w(r.width(), 0.0);
-    const kcVector<2> h(0.0, r.height());
-    s->polyline({scaledMap_ * o, scaledMap_ * (o + w), scaledMap_ * (o + w + h), scaledMap_ * (o + h)}, true,
-                props);
+    const auto c = kfMappedCorners(r, scaledMap_);
+    s->polyline({c.begin(), c.end()}, true, props);
   }
   if (recording_()) kc_UISketchOpRect::record(sketch_, 32, static_cast<signed char>(layer), props, r);
 }
@@ -580,12 +577,7 @@ void kcUITablet::arrowHead(const kcPoint& tip, const kcVector<2>& dir, float len
 // --- areas and frames ---
 
 namespace {
-kcUIRect pelRect(const kcRect& r, const kcXform<2>& x) {
-  const kcVector<2> o = r.origin();
-  const kcVector<2> w(r.width(), 0.0);
-  const kcVector<2> h(0.0, r.height());
-  return pelBox({x * o, x * (o + w), x * (o + w + h), x * (o + h)});
-}
+kcUIRect pelRect(const kcRect& r, const kcXform<2>& x) { return pelBox(kfMappedCorners(r, x)); }
 }  // namespace
 
 void kcUITablet::set(const kcColor& color, Layers layer) {

@@ -421,11 +421,7 @@ void kcUITablet::drawClipRect(const kcRect& r, Layers layer) {
   // The pel box of the mapped rectangle (an empty one clips nothing).
   kcRect pels;
   if (!r.isEmpty()) {
-    const kcVector<2> o = r.origin();
-    const kcVector<2> w(r.width(), 0.0);
-    const kcVector<2> h(0.0, r.height());
-    const kcVector<2> c[4] = {scaledMap_ * o, scaledMap_ * (o + w), scaledMap_ * (o + w + h),
-                              scaledMap_ * (o + h)};
+    const auto c = kfMappedCorners(r, scaledMap_);
     kcVector<2> lo = c[0];
     kcVector<2> hi = c[0];
     for (const kcVector<2>& p : c) {
