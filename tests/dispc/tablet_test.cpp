@@ -357,6 +357,29 @@ TEST(Tablet, ShapesByTheirClassAndTheTextRect) {
   EXPECT_TRUE(r.isNull());
 }
 
+// Shapes the device has no primitive for reach it converted, each at once: a
+// rectangle under a turn as its four mapped corners, axes as two lines inside
+// one update lock, a general annulus as one path of both rims.
+TEST(Tablet, ConvertedShapesReachTheDeviceAtOnce) {
+  Traced t;
+  // (x, y) -> (100 - y, x)
+  t.tablet.baseMap(kcXform<2>(kcMatrix<2>(0.0, -1.0, 1.0, 0.0), kcVector<2>(100.0, 0.0)));
+  kcGraphicProps props(kcColor::red, 1, kcGraphicProps::penSolid, false);
+  props.arrowHead(false);
+  kcGraphicProps filled = props;
+  filled.fill(true);
+  t.tablet.draw(kcRect({1, 2}, {3, 4}), filled, L::mainLayer);
+  t.tablet.draw(kcCoordAxes(kcXform<2>::translation({5, 6})), props, L::mainLayer);
+  t.tablet.draw(kcGenAnnulus(kcGenRect(kcXform<2>::translation({5, 6})), 0.5), props, L::mainLayer);
+  const std::string pen = " colour(stock index 249 rgb 255 0 0) width 1 style 0 join 0 cap 0 ";
+  EXPECT_EQ(t.main.lines(), (Lines{"polyline 4 98 1 98 4 94 4 94 1 closed" + pen + "fill noarrow",
+                                   "lockScreenUpdatesPush true", "lineSeg 94 5 94 6" + pen + "nofill noarrow",
+                                   "lineSeg 94 5 93 5" + pen + "nofill noarrow", "lockScreenUpdatesPop",
+                                   "path M 93.75 5.25 L 93.75 5.75 L 93.25 5.75 L 93.25 5.25 L 93.75 5.25 Z "
+                                   "M 94 5 L 94 6 L 93 6 L 93 5 L 94 5 Z" +
+                                       pen + "nofill noarrow"}));
+}
+
 // --- playback ---
 
 TEST(TabletPlayback, RecordsTheWholeReplayAsOneRecord) {
