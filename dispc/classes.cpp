@@ -2,6 +2,7 @@
 
 #include "dispc/dimtol.h"
 #include "dispc/dispprop.h"
+#include "dispc/glist.h"
 #include "dispc/sketchop.h"
 #include "dispc/smd/model.h"
 #include "dispc/smd/modelprivate.h"
@@ -33,6 +34,8 @@ constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
     &kcUIError::InvalidUISketch::sExemplar,
     &kcUIError::InitFailed::sExemplar,
     &kcGraphicProps::BadParams::sExemplar,
+    &kcGraphic::BadParams::sExemplar,
+    &kcGraphic::NoGraphicForShape::sExemplar,
     &kcSMDDimension::badDimensionValue::sExemplar,
     &kcSMDGDPolyVertex::invalidSegmentLength::sExemplar,
     &kcSMDGDPoly::invalidVertices::sExemplar,
@@ -55,6 +58,18 @@ constexpr const kcPersistenceRegistry::Exemplar* kClasses[] = {
     &kcSMDGDModelPrivate::sExemplar,
     &kcGenPoly::sExemplar,
     &kc2Wireframe::sExemplar,
+// graphics
+#define DISPC_GRAPHIC_SIMPLE_EXEMPLAR_(T) &kcGraphicSimple<T>::sExemplar,
+#define DISPC_GRAPHIC_FILLED_EXEMPLAR_(T, U) &kcGraphicWithFill<T, U>::sExemplar,
+    DISPC_GRAPHIC_SIMPLE_SHAPES(DISPC_GRAPHIC_SIMPLE_EXEMPLAR_)
+            DISPC_GRAPHIC_FILLED_SHAPES(DISPC_GRAPHIC_FILLED_EXEMPLAR_)
+#undef DISPC_GRAPHIC_FILLED_EXEMPLAR_
+#undef DISPC_GRAPHIC_SIMPLE_EXEMPLAR_
+        & kcGraphicText::sExemplar,
+    &kcGraphicCross::sExemplar,
+    &kcGraphicPointIcon::sExemplar,
+    &kcGraphicEllipseAnnulusSection::sExemplar,
+    &kcGraphicGroup::sExemplar,
     // sketch records
     &kc_UISketchOpHeader::sExemplar,
 #define DISPC_SKETCH_EXEMPLAR_(Name, Value) &kc_UISketchOp##Name::sExemplar,

@@ -66,6 +66,7 @@
 #include "foundation/shapes/ellipseannulussection.h"
 #include "foundation/shapes/ellipsearc.h"
 #include "foundation/shapes/ellipsearc2.h"
+#include "foundation/shapes/fline.h"
 #include "foundation/shapes/genannulus.h"
 #include "foundation/shapes/genrect.h"
 #include "foundation/shapes/genshape.h"
@@ -216,6 +217,9 @@ class kcUITablet {
 
   // --- text and images ---
 
+  // Text with its anchor at the mapped point (at the pen, for the sentinel
+  // drawPointArg_, which is recorded as it is and so means the pen again
+  // when played).
   void draw(const std::wstring& s, const kcPoint& at, const kcColor& fg, const kcColor& bg,
             const kcUIFormat& f, Layers layer);
   void draw(const std::string& s, const kcPoint& at, const kcColor& fg, const kcColor& bg,
@@ -358,5 +362,12 @@ class kcUITablet {
   std::list<kcUITablet*> kids_;
   int updateNesting_ = 0;
 
+  // The text anchor that stands for the pen position: a point no client
+  // draws text at.
+  static const kcPoint drawPointArg_;
+  // Where text anchored at at lands on scope s.
+  [[nodiscard]] kcVector<2> textAnchor_(const kcUIScope& s, const kcPoint& at) const;
+
   friend class kcUITabletPlayer_;
+  friend class kcGraphicText;
 };

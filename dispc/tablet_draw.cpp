@@ -456,6 +456,9 @@ void kcUITablet::draw(const kcShape& shape, const kcGraphicProps& props, Layers 
   if (const auto* p = dynamic_cast<const kcLineSeg*>(&shape)) return draw(*p, props, layer);
   if (const auto* p = dynamic_cast<const kcLineSegSet*>(&shape)) return draw(*p, props, layer);
   if (const auto* p = dynamic_cast<const kcLine*>(&shape)) return draw(*p, props, layer);
+  // A line given by a point and an angle is the same line.
+  if (const auto* p = dynamic_cast<const kcFLine*>(&shape))
+    return draw(kcLine(p->point(), p->direction()), props, layer);
   if (const auto* p = dynamic_cast<const kcCircle*>(&shape)) return draw(*p, props, layer);
   if (const auto* p = dynamic_cast<const kcEllipse*>(&shape)) return draw(*p, props, layer);
   if (const auto* p = dynamic_cast<const kcEllipse2*>(&shape)) return draw(*p, props, layer);
@@ -666,12 +669,19 @@ void kcUITablet::outline3D(const kcUIRect& r, const kcColor& light, const kcColo
 
 // --- text and images ---
 
+const kcPoint kcUITablet::drawPointArg_(std::numeric_limits<double>::lowest(),
+                                        std::numeric_limits<double>::lowest());
+
+kcVector<2> kcUITablet::textAnchor_(const kcUIScope& s, const kcPoint& at) const {
+  return at.point() == drawPointArg_.point() ? s.penPosition() : scaledMap_ * at.point();
+}
+
 void kcUITablet::draw(const std::wstring& text, const kcPoint& at, const kcColor& fg, const kcColor& bg,
                       const kcUIFormat& f, Layers layer) {
   checkLayer_(layer);
   const std::optional<std::u16string> units = kfToUtf16(text, keSurrogates::keep);
   if (!units || units->find(u'\0') != std::u16string::npos) throw kcUIError::BadParams();
-  if (kcUIScope* s = drawingScope_(layer)) s->text(text, scaledMap_ * at.point(), fg, bg, f);
+  if (kcUIScope* s = drawingScope_(layer)) s->text(text, textAnchor_(*s, at), fg, bg, f);
   if (recording_())
     kc_UISketchOpUnicodeString::record(sketch_, 35, static_cast<signed char>(layer), colored(fg),
                                        kc_UISketchText<char16_t>{at.point(), bg, f, *units});
@@ -685,7 +695,7 @@ void kcUITablet::draw(const std::string& text, const kcPoint& at, const kcColor&
     // The bytes as the first 256 characters.
     std::wstring wide;
     for (char c : text) wide.push_back(static_cast<wchar_t>(static_cast<unsigned char>(c)));
-    s->text(wide, scaledMap_ * at.point(), fg, bg, f);
+    s->text(wide, textAnchor_(*s, at), fg, bg, f);
   }
   if (recording_())
     kc_UISketchOpString::record(sketch_, 11, static_cast<signed char>(layer), colored(fg),

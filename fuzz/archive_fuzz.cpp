@@ -3,14 +3,16 @@
 // turn (sorted by name), its archive form (the body its dispatchSerialize
 // reads) taken from the rest of the input; then the forms a reader of stored
 // data meets: a handle to a shared persistent object, a vector of strings, a
-// wide string, an owned object, and all four in one archive. Loading may only
+// wide string, an owned object, all four in one archive, and a graphic list.
+// Loading may only
 // fail with a kcException; anything else (a crash, a sanitizer report, a
 // leak, another exception type) is a bug.
 //
 // Whatever loads is also stored again, reloaded and stored once more: the two
 // stored forms must be equal, so a class whose loader and storer disagree on a
 // field shows up even when nothing crashes. A poly or a model that loads must
-// validate whole and equal its reload.
+// validate whole and equal its reload; a graphic that loads is drawn, mapped
+// and measured, where only a kcException may stop it.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -20,6 +22,7 @@
 #include <vector>
 
 #include "dispc/dispc.h"
+#include "dispc/glist.h"
 #include "dispc/smd/model.h"
 #include "dispc/smd/polyprivate.h"
 #include "foundation/xform.h"
@@ -44,6 +47,7 @@ struct Owned {
 };
 
 void transfer(kcArchive& ar, Owned& value) { ar.transferObject(value.p); }
+void transfer(kcArchive& ar, kcGraphicList& value) { ar || value; }
 template <class T>
 void transfer(kcArchive& ar, T& value) {
   ar || value;
@@ -100,6 +104,27 @@ void checkPoly(const kcSMDGDPoly& p) {
   }
 }
 
+// What a program does with graphics it loaded: draw them on a device, map
+// and measure them.
+void use(const kcGraphicList& list) {
+  kcUITraceScope device;
+  kcUITablet tablet(&device);
+  tablet.recordOn() = true;
+  const kcXform<2> turn(kcMatrix<2>(0.0, -2.0, 2.0, 0.0), kcVector<2>(3.0, 4.0));
+  for (const kcGraphicPtr& g : list.items()) {
+    if (!g) continue;
+    try {
+      kcGraphicList one;
+      one.append(g);
+      one.draw(tablet, kcUITablet::mainLayer);
+      (void)g->encloseRect();
+      (void)g->distToPoint(kcVector<2>(1.0, 2.0));
+      (void)g->map(turn);
+    } catch (const kcException&) {
+    }
+  }
+}
+
 // The body of a new object of the named class, loaded from the input; then
 // stored, reloaded into another new object and stored again.
 void loadClass(const std::string& name, const Bytes& input) {
@@ -139,10 +164,18 @@ void loadClass(const std::string& name, const Bytes& input) {
     for (const kcSMDGDPoly& p : model->polys()) checkPoly(p);
     if (!(*model == dynamic_cast<const kcSMDGDModel&>(*again))) fail("a reloaded model differs");
   }
+  if (auto* graphic = dynamic_cast<kcGraphic*>(object.get())) {
+    // The object stays the unique_ptr's: the reference taken here is never
+    // given back, so the list's handle cannot delete it.
+    graphic->addRef_();
+    kcGraphicList list;
+    list.append(kcGraphicPtr(graphic));
+    use(list);
+  }
 }
 
 // The forms after the classes.
-enum Form { kHandle, kStrings, kWString, kOwned, kSequence, kForms };
+enum Form { kHandle, kStrings, kWString, kOwned, kSequence, kGraphicList, kForms };
 
 }  // namespace
 
@@ -172,6 +205,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       break;
     case kOwned:
       loadAlone<Owned>(input);
+      break;
+    case kGraphicList:
+      loadAlone<kcGraphicList>(input);
+      try {
+        kcMemArchive ar(input);
+        kcGraphicList list;
+        ar || list;
+        use(list);
+      } catch (const kcException&) {
+      }
       break;
     default:
       // All four in one archive, so later values meet the object ids of

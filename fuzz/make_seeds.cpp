@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "dispc/dispc.h"
+#include "dispc/glist.h"
 #include "dispc/smd/model.h"
 #include "foundation/xform.h"
 
@@ -32,7 +33,7 @@ std::vector<std::string> gClasses;
 
 // The two bytes that choose a class, or a form after the classes (in the
 // target's order: handle, strings, wide string, owned object, sequence).
-enum Form { kHandle, kStrings, kWString, kOwned, kSequence };
+enum Form { kHandle, kStrings, kWString, kOwned, kSequence, kGraphicList };
 Bytes choice(std::size_t k) {
   return {static_cast<std::uint8_t>(k & 0xff), static_cast<std::uint8_t>(k >> 8)};
 }
@@ -162,6 +163,39 @@ int main(int argc, char** argv) {
   writeSeed("body_pad", choice(polyClass) + stored(pad), true);
   writeSeed("body_lead", choice(polyClass) + stored(lead), true);
   writeSeed("body_model", choice(modelClass) + stored(model), true);
+
+  // --- graphics: a list of every kind with a nested group sharing a member ---
+  const kcGraphicProps props(kcColor(10, 20, 30), 2, kcGraphicProps::penDash, true);
+  kcGraphicList list;
+  list.append(kcGraphic::makeShapeGraphic(kcCircle(V(1, 2), 3), props));
+  list.append(kcGraphic::makeShapeGraphic(kcGenPoly(pad), props));
+  list.append(kfMakeHandle<kcGraphicText>(L"pin 1", kcPoint(4, 5), kcColor::red, kcColor::black,
+                                          kcUIFormat(1, kcUIFormat::center), V(2.5, -1)));
+  list.append(kfMakeHandle<kcGraphicCross>(kcCross(V(3, 3), 2), props));
+  list.append(kfMakeHandle<kcGraphicPointIcon>(kcPoint(7, 8), kcColor::green));
+  list.append(kfMakeHandle<kcGraphicEllipseAnnulusSection>(
+      kcEllipseAnnulusSection(kcEllipseAnnulus(kcEllipse2(4, 2, kcRadian(0.5), V(0, 0)), 0.5), kcRadian(0.25),
+                              kcRadian(2.0)),
+      kcColor::blue, true, false));
+  auto inner = kfMakeHandle<kcGraphicGroup>();
+  inner->items(std::vector<kcGraphicPtr>{list.items()[0], kcGraphicPtr(), list.items()[2]});
+  auto outer = kfMakeHandle<kcGraphicGroup>();
+  outer->items(std::vector<kcGraphicPtr>{inner, list.items()[0]});
+  list.append(outer);
+  list.append(kcGraphicPtr());
+  writeSeed("graphic_list", form(kGraphicList) + stored(list), true);
+  writeSeed("body_group", choice(classIndex("kcGraphicGroup")) + stored(*outer), true);
+  // A group whose one member refers back to the group while it loads (the
+  // count of an empty group's items, the last four bytes before its null
+  // flag, made 1, then a back-reference to object 1).
+  {
+    kcGraphicPtr empty = kfMakeHandle<kcGraphicGroup>();
+    Bytes bytes = stored(empty);
+    const std::uint8_t isNull = bytes.back();
+    bytes.resize(bytes.size() - 5);
+    bytes = bytes + Bytes{1, 0, 0, 0, 2, 1, 0, 0, 0, isNull};
+    writeSeed("handle_group_holding_itself", form(kHandle) + bytes, false);
+  }
   std::printf("wrote %d seeds to %s\n", gWritten, gFolder.c_str());
   return 0;
 }

@@ -2,10 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <numbers>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "dispc/glist.h"
 #include "dispc/sketchop.h"
 #include "dispc/tracescope.h"
 #include "dispc/uierror.h"
@@ -209,6 +213,158 @@ TEST(TabletDifferential, OneLayerPlaysItsOwnAndTheBothLayerRecords) {
       "lockScreenUpdatesPop"};
   EXPECT_EQ(t.overlay.lines(), overlay);
   EXPECT_TRUE(t.main.lines().empty());
+}
+
+// --- the scene as graphics ---
+
+// One scene entry: a graphic, its layer, and the tablet call it stands for.
+struct GraphicEntry {
+  kcGraphicPtr graphic;
+  L layer;
+  std::function<void(kcUITablet&)> direct;
+};
+
+// A graphic of every kind, each beside the tablet call that draws the same.
+std::vector<GraphicEntry> graphicScene() {
+  kcGraphicProps thin(kcColor::red, 1, kcGraphicProps::penSolid, false);
+  kcGraphicProps wide(kcColor(12, 34, 56), 3, kcGraphicProps::penDash, true);
+  kcGraphicProps back = thin;
+  back.arrowHeadForward(false);
+  const kcXform<2> sheared(kcMatrix<2>(2.0, 0.5, -0.25, 1.5), kcVector<2>(30.0, 40.0));
+  const kcEllipse2 e2(30, 20, kcRadian(0.5), {200, 150});
+  std::vector<GraphicEntry> scene;
+  // Shapes: each as the graphic its class makes, or the instance built by hand
+  // for the classes makeShapeGraphic leaves out.
+  const auto shape = [&](kcShapePtr s, const kcGraphicProps& props, L layer, kcGraphicPtr g = {}) {
+    if (!g) g = kcGraphic::makeShapeGraphic(s, props);
+    scene.push_back({g, layer, [s, props, layer](kcUITablet& t) { t.draw(*s, props, layer); }});
+  };
+  shape(kfMakeHandle<kc2Point>(1.5, 2.5), thin, L::mainLayer);
+  shape(kfMakeHandle<kcLineSeg>(kcVector<2>(0, 0), kcVector<2>(100, 50)), back, L::overlayLayer);
+  shape(kfMakeHandle<kcLine>(kcVector<2>(10, 10), kcVector<2>(1, 2)), thin, L::mainLayer);
+  shape(kfMakeHandle<kcFLine>(kcVector<2>(10, 10), kcRadian(0.25)), thin, L::mainLayer);
+  shape(kfMakeHandle<kcRect>(kcVector<2>(5, 6), kcVector<2>(70, 80)), wide, L::overlayLayer);
+  shape(kfMakeHandle<kcCircle>(kcVector<2>(50, 50), 20), wide, L::mainLayer);
+  shape(kfMakeHandle<kcAnnulus>(kcVector<2>(100, 100), 10, 20), thin, L::mainLayer);
+  shape(kfMakeHandle<kcEllipseArc2>(e2, kcRadian(-1), kcRadian(1.5)), back, L::overlayLayer);
+  shape(kfMakeHandle<kcEllipse2>(e2), wide, L::mainLayer);
+  shape(kfMakeHandle<kcGenRect>(sheared, 0.25, 0.5), wide, L::mainLayer);
+  shape(kfMakeHandle<kcGenAnnulus>(kcGenRect(sheared, 0.25, 0.5), 0.5), thin, L::overlayLayer);
+  shape(kfMakeHandle<kcPolyline>(std::vector<kcVector<2>>{{0, 0}, {4, 0}, {4, 3}}, false), thin,
+        L::mainLayer);
+  shape(kfMakeHandle<kcGenPoly>(roundedPad()), thin, L::mainLayer);
+  shape(kfMakeHandle<kcAffineRectangle>(sheared), thin, L::mainLayer);
+  shape(kfMakeHandle<kcBezierCurve>(kcVector<2>(0, 0), kcVector<2>(10, 20), kcVector<2>(30, 20),
+                                    kcVector<2>(40, 0)),
+        thin, L::mainLayer);
+  shape(kfMakeHandle<kcDeBoorSpline>(std::vector<kcVector<2>>{{0, 0}, {10, 10}, {20, 0}, {30, 10}}), thin,
+        L::overlayLayer);
+  shape(kfMakeHandle<kcInterpSpline>(std::vector<kcVector<2>>{{0, 0}, {10, 10}, {20, 0}}), thin,
+        L::mainLayer);
+  shape(kfMakeHandle<kcHermiteSpline>(std::vector<kcVector<2>>{{0, 0}, {10, 10}},
+                                      std::vector<kcVector<2>>{{1, 0}, {0, 1}}),
+        thin, L::mainLayer);
+  shape(kfMakeHandle<kcEllipseAnnulus>(e2, 0.5), wide, L::overlayLayer);
+  shape(kfMakeHandle<kcLineSegSet>(
+            std::vector<kcLineSeg>{kcLineSeg({1, 1}, {2, 3}), kcLineSeg({4, 4}, {9, 1})}),
+        thin, L::mainLayer);
+  const auto point = kfMakeHandle<kcPoint>(3, 4);
+  shape(point, thin, L::mainLayer, kfMakeHandle<kcGraphicSimple<kcPoint>>(*point, thin));
+  const auto axes = kfMakeHandle<kcCoordAxes>(kcXform<2>({20, 0, 0, 20}, {5, 5}));
+  shape(axes, thin, L::overlayLayer, kfMakeHandle<kcGraphicSimple<kcCoordAxes>>(*axes, thin));
+  const auto polygon = kfMakeHandle<kcPolygon>(std::vector<kcVector<2>>{{0, 0}, {40, 0}, {40, 30}, {10, 20}});
+  shape(polygon, wide, L::mainLayer, kfMakeHandle<kcGraphicSimple<kcPolygon>>(*polygon, wide));
+  const auto ellipse = kfMakeHandle<kcEllipse>(sheared);
+  shape(ellipse, wide, L::mainLayer, kfMakeHandle<kcGraphicWithFill<kcEllipse, kcEllipse>>(*ellipse, wide));
+
+  // The graphics with data of their own.
+  const kcEllipseAnnulusSection section(kcEllipseAnnulus(e2, 0.5), kcRadian(0.25), kcRadian(2.0));
+  scene.push_back({kfMakeHandle<kcGraphicEllipseAnnulusSection>(section, thin), L::mainLayer,
+                   [=](kcUITablet& t) { t.draw(section, thin, L::mainLayer); }});
+  scene.push_back({kfMakeHandle<kcGraphicCross>(kcCross({60, 70}, 5, kcRadian(0.3)), thin), L::overlayLayer,
+                   [=](kcUITablet& t) {
+                     t.draw(kcCross({60, 70}, 5, kcRadian(0.3)), thin, L::overlayLayer);
+                   }});
+  scene.push_back({kfMakeHandle<kcGraphicPointIcon>(kcPoint(33.3, 44.4), thin), L::mainLayer,
+                   [=](kcUITablet& t) { t.drawPointIcon(kcPoint(33.3, 44.4), thin, L::mainLayer); }});
+  const kcUIFormat format(2, kcUIFormat::center);
+  scene.push_back({kfMakeHandle<kcGraphicText>(L"Pad 1", kcPoint(10, 20), kcColor::white, kcColor::black,
+                                               format, kcVector<2>(2.75, -3.5)),
+                   L::overlayLayer, [=](kcUITablet& t) {
+                     t.drawStart(kcPoint(10, 20), L::overlayLayer);
+                     t.moveToRelPels(2, -3, L::overlayLayer);
+                     // Where the pen is now, under the identity map.
+                     t.draw(std::wstring(L"Pad 1"), kcPoint(12, 17), kcColor::white, kcColor::black, format,
+                            L::overlayLayer);
+                   }});
+  // A group draws its members with the group's props.
+  auto group = kfMakeHandle<kcGraphicGroup>();
+  group->items(std::vector<kcGraphicPtr>{kcGraphic::makeShapeGraphic(kcCircle({9, 9}, 4), thin),
+                                         kcGraphicPtr(),
+                                         kcGraphic::makeShapeGraphic(kcLineSeg({0, 0}, {9, 9}), thin)});
+  group->props(wide);
+  scene.push_back({group, L::mainLayer, [=](kcUITablet& t) {
+                     t.draw(kcCircle({9, 9}, 4), wide, L::mainLayer);
+                     t.draw(kcLineSeg({0, 0}, {9, 9}), wide, L::mainLayer);
+                   }});
+  return scene;
+}
+
+// The scene's graphics of one layer.
+kcGraphicList graphicsOn(const std::vector<GraphicEntry>& scene, L layer) {
+  kcGraphicList list;
+  for (const GraphicEntry& e : scene)
+    if (e.layer == layer) list.append(e.graphic);
+  return list;
+}
+
+TEST(TabletDifferential, GraphicListsAndTheirSketchesDrawAlike) {
+  const std::vector<GraphicEntry> scene = graphicScene();
+  Traced direct;
+  for (const GraphicEntry& e : scene) e.direct(direct.tablet);
+  ASSERT_GT(direct.main.lines().size(), 25u);
+  // The text lands where its pen went: the anchor moved by whole pels.
+  EXPECT_NE(std::find_if(direct.overlay.lines().begin(), direct.overlay.lines().end(),
+                         [](const std::string& l) { return l.rfind("text \"Pad 1\" 12 17 ", 0) == 0; }),
+            direct.overlay.lines().end());
+
+  const kcGraphicList onMain = graphicsOn(scene, L::mainLayer);
+  const kcGraphicList onOverlay = graphicsOn(scene, L::overlayLayer);
+  Traced listed;
+  onMain.draw(listed.tablet, L::mainLayer);
+  onOverlay.draw(listed.tablet, L::overlayLayer);
+  expectSameTraces(direct, listed);
+
+  // A sketch plays inside an update lock and a long-run hint; drawn as the
+  // lists, between the same calls, the traces must agree.
+  const auto played = [](Traced& t, const kcUISketch& s, L layer) { t.tablet.draw(s, kcPoint(0, 0), layer); };
+  Traced sketched;
+  played(sketched, onMain.sketch(L::mainLayer), L::mainLayer);
+  played(sketched, onOverlay.sketch(L::overlayLayer), L::overlayLayer);
+  Traced bracketed;
+  for (const auto& [list, layer] :
+       {std::pair(&onMain, L::mainLayer), std::pair(&onOverlay, L::overlayLayer)}) {
+    bracketed.tablet.lockScreenUpdatesPush(true, layer);
+    bracketed.tablet.optimizeDrawing(true, layer);
+    list->draw(bracketed.tablet, layer);
+    bracketed.tablet.optimizeDrawing(false, layer);
+    bracketed.tablet.lockScreenUpdatesPop(layer);
+  }
+  expectSameTraces(bracketed, sketched);
+
+  // Archived and reloaded, the lists draw the same again.
+  kcGraphicList mainCopy = onMain;
+  kcGraphicList overlayCopy = onOverlay;
+  kcMemArchive out;
+  out || mainCopy || overlayCopy;
+  kcMemArchive in(out.bytes());
+  kcGraphicList mainBack;
+  kcGraphicList overlayBack;
+  in || mainBack || overlayBack;
+  Traced reloaded;
+  mainBack.draw(reloaded.tablet, L::mainLayer);
+  overlayBack.draw(reloaded.tablet, L::overlayLayer);
+  expectSameTraces(direct, reloaded);
 }
 
 // --- drawing and recording ---
