@@ -14,10 +14,11 @@ PREFIX ?= /usr/local
 CXX := g++
 JOBS ?= 2
 
-SOURCE_DIRS := foundation dispc imageio tests bench fuzz examples
+SOURCE_DIRS := foundation dispc imageio scopes tests bench fuzz examples
 
 # Debian packages the build needs; a command name is tested where there is one.
-DEB_PACKAGES := cmake ninja-build g++ clang pkgconf libgtest-dev libgmock-dev libbenchmark-dev libpng-dev
+DEB_PACKAGES := cmake ninja-build g++ clang pkgconf libgtest-dev libgmock-dev libbenchmark-dev libpng-dev \
+                libcairo2-dev fonts-dejavu-core
 
 export UBSAN_OPTIONS ?= print_stacktrace=1
 
@@ -73,8 +74,8 @@ demo: deps
 	$(CURDIR)/build/dev/examples/soic8
 
 # Peer libraries the benchmarks measure against (Boost.Geometry, headers only;
-# OpenCV's polygon fill; Cairo's recording surface).
-bench: DEB_PACKAGES += libboost-dev libopencv-dev libcairo2-dev
+# OpenCV's polygon fill; Cairo, a dependency of the device, serves as a peer too).
+bench: DEB_PACKAGES += libboost-dev libopencv-dev
 bench: deps
 	CXX=$(CXX) cmake --preset release
 	cmake --build --preset release -j $(JOBS) --target bench

@@ -46,7 +46,7 @@ endif()
 dispc_pc_dir(DISPC_PC_LIBDIR "${CMAKE_INSTALL_LIBDIR}")
 dispc_pc_dir(DISPC_PC_INCLUDEDIR "${CMAKE_INSTALL_INCLUDEDIR}")
 set(DISPC_PC_LIBS)
-foreach(target IN ITEMS imageio dispc foundation)  # users first: the link order of a static build
+foreach(target IN ITEMS cairo imageio dispc foundation)  # users first: the link order of a static build
   get_target_property(name ${target} OUTPUT_NAME)
   string(APPEND DISPC_PC_LIBS " -l${name}")
 endforeach()

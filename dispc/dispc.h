@@ -4,8 +4,10 @@
 
 #include "dispc/color.h"
 #include "dispc/dimtol.h"
+#include "dispc/dispcfile.h"
 #include "dispc/dispprop.h"
 #include "dispc/flagstack.h"
+#include "dispc/glist.h"
 #include "dispc/sketchop.h"
 #include "dispc/smd/gdbase.h"
 #include "dispc/smd/model.h"

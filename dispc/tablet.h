@@ -26,7 +26,7 @@
 // Filled shapes arrive with props.fill() set; an open curve drawn with
 // props.arrowHead() is followed by an arrowHead() at its end (start, when
 // arrowHeadForward() is false) along the direction of travel, arms of
-// arrowArmLength(props) pels: devices draw no arrow heads of their own.
+// kfArrowArmLength(props) pels: devices draw no arrow heads of their own.
 //
 // Coordinates: the client transform is the base map followed by the scale
 // (scaleMode() 0 none, 1 multiply by the factors, 2 divide by factors above
@@ -333,8 +333,6 @@ class kcUITablet {
   static void checkLayer_(long layer);
   // draw(kcShape) for the classes without a call of their own.
   void drawOther_(const kcShape& s, const kcGraphicProps& props, Layers layer);
-  // The arm length of arrow heads for these props, in pels.
-  [[nodiscard]] static double arrowArmLength(const kcGraphicProps& props);
   [[nodiscard]] bool recording_() const noexcept { return recordOn_; }
 
   // setMap and what follows a change of map.

@@ -12,6 +12,7 @@
 #include "dispc/tablet.h"
 #include "dispc/tablet_p.h"
 #include "dispc/uierror.h"
+#include "dispc/wrfm/genpoly_p.h"
 #include "foundation/bytes.h"
 
 namespace {
@@ -23,8 +24,6 @@ constexpr double kNoAreaExtent = 1e6;
 // Shapes drawn through samples: points at most this many pels apart.
 constexpr double kSamplePels = 1.0;
 // Arrow arms: at least this many pels, and this many pen widths.
-constexpr double kArrowMinArm = 6.0;
-constexpr double kArrowArmPerWidth = 3.0;
 
 // Pushes a flag for the lifetime of the object.
 class Pushed {
@@ -39,17 +38,6 @@ class Pushed {
 };
 
 // An update lock held on one scope for the lifetime of the object.
-class Locked {
- public:
-  explicit Locked(kcUIScope& s) : scope_(s) { scope_.lockScreenUpdatesPush(true); }
-  ~Locked() { scope_.lockScreenUpdatesPop(); }
-  Locked(const Locked&) = delete;
-  Locked& operator=(const Locked&) = delete;
-
- private:
-  kcUIScope& scope_;
-};
-
 kcVector<2> direction(const kcRadian& a) { return {std::cos(a.toDouble()), std::sin(a.toDouble())}; }
 
 // The props of a call that takes a colour: that colour, the defaults else.
@@ -76,25 +64,6 @@ kcUIRect pelBox(const std::array<kcVector<2>, 4>& points) {
   return kcUIRect(left, top, kfTabletPel(std::ceil(x1)) - left, kfTabletPel(std::ceil(y1)) - top);
 }
 
-// The outline of a general polygon as a path (mapped by x after the
-// polygon's own transform).
-kcUIPath pathOf(const kcGenPoly& p, const kcXform<2>& x, kcUIPath path = {}) {
-  bool first = true;
-  for (const kcShapePtr& piece : p.decompose()) {
-    const kcShapePtr mapped = piece->mapShape(x);
-    if (const auto* arc = dynamic_cast<const kcEllipseArc*>(mapped.get())) {
-      if (first) path.moveTo(arc->startPoint());
-      path.arcTo(*arc);
-    } else {
-      if (first) path.moveTo(mapped->startPoint());
-      path.lineTo(mapped->endPoint());
-    }
-    first = false;
-  }
-  if (!first && !p.isOpen()) path.close();
-  return path;
-}
-
 // Writes a 32-bit value of an image record.
 std::int32_t pelValue(long v) {
   if (v < std::numeric_limits<std::int32_t>::min() || v > std::numeric_limits<std::int32_t>::max())
@@ -102,24 +71,6 @@ std::int32_t pelValue(long v) {
   return static_cast<std::int32_t>(v);
 }
 
-}  // namespace
-
-// --- helpers ---
-
-double kcUITablet::arrowArmLength(const kcGraphicProps& props) {
-  return std::max(kArrowMinArm, kArrowArmPerWidth * static_cast<double>(props.penWidth()));
-}
-
-namespace {
-// An arrow head on the mapped open curve c, at its end or its start as the
-// props say, when they ask for one.
-void arrowOn(kcUIScope& s, const kcShape& c, const kcGraphicProps& props, double arm) {
-  if (!props.arrowHead()) return;
-  if (props.arrowHeadForward())
-    s.arrowHead(c.endPoint(), direction(c.endAngle()), arm, props);
-  else
-    s.arrowHead(c.startPoint(), -direction(c.startAngle()), arm, props);
-}
 }  // namespace
 
 // --- points and lines ---
@@ -144,7 +95,7 @@ void kcUITablet::draw(const kcLineSeg& seg, const kcGraphicProps& props, Layers 
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcLineSeg m = seg.map(scaledMap_);
     s->lineSeg(m.p1(), m.p2(), props);
-    arrowOn(*s, m, props, arrowArmLength(props));
+    kfDrawArrowHead(*s, m, props);
   }
   if (recording_()) kc_UISketchOpLineSeg::record(sketch_, 2, static_cast<signed char>(layer), props, seg);
 }
@@ -215,7 +166,7 @@ void kcUITablet::draw(const kcEllipseArc& a, const kcGraphicProps& props, Layers
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcEllipseArc m = a.map(scaledMap_);
     s->ellipseArc(m, props);
-    arrowOn(*s, m, props, arrowArmLength(props));
+    kfDrawArrowHead(*s, m, props);
   }
   if (recording_()) kc_UISketchOpEllipseArc::record(sketch_, 6, static_cast<signed char>(layer), props, a);
 }
@@ -225,7 +176,7 @@ void kcUITablet::draw(const kcEllipseArc2& a, const kcGraphicProps& props, Layer
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcEllipseArc m = kcEllipseArc(a).map(scaledMap_);
     s->ellipseArc(m, props);
-    arrowOn(*s, m, props, arrowArmLength(props));
+    kfDrawArrowHead(*s, m, props);
   }
   if (recording_()) kc_UISketchOpEllipseArc2::record(sketch_, 46, static_cast<signed char>(layer), props, a);
 }
@@ -266,14 +217,14 @@ void kcUITablet::draw(const kcEllipseAnnulusSection& sec, const std::vector<unsi
   checkLayer_(layer);
   if (first.size() != second.size()) throw kcUIError::BadParams();
   if (kcUIScope* s = drawingScope_(layer)) {
-    const Locked locked(*s);
+    const kcUIScopeLock locked(*s);
     s->path(sectionPath(sec, scaledMap_), props);
     // first[0] / second[0]: an arrow head at the end / the start of the outer
     // arc; first[1] / second[1]: the same for the inner arc.
     const kcEllipseAnnulusSection m = sec.map(scaledMap_);
     const kcEllipseArc outer(kcEllipse(m.annulus().outer()), m.angleStart(), m.angleSpan());
     const kcEllipseArc inner(kcEllipse(m.annulus().inner()), m.angleStart(), m.angleSpan());
-    const double arm = arrowArmLength(props);
+    const double arm = kfArrowArmLength(props);
     const kcEllipseArc* arcs[2] = {&outer, &inner};
     for (std::size_t i = 0; i < std::min<std::size_t>(first.size(), 2); ++i) {
       if (first[i]) s->arrowHead(arcs[i]->endPoint(), direction(arcs[i]->endAngle()), arm, props);
@@ -296,7 +247,7 @@ void kcUITablet::draw(const kcAnnulus& a, const kcGraphicProps& props, Layers la
 
 void kcUITablet::draw(const kcGenRect& r, const kcGraphicProps& props, Layers layer) {
   checkLayer_(layer);
-  if (kcUIScope* s = drawingScope_(layer)) s->path(pathOf(kcGenPoly(r), scaledMap_), props);
+  if (kcUIScope* s = drawingScope_(layer)) s->path(kfGenPolyPath(kcGenPoly(r), scaledMap_), props);
   if (recording_())
     kc_UISketchOpGenRect::record(sketch_, props.fill() ? 31 : 8, static_cast<signed char>(layer), props, r);
 }
@@ -306,7 +257,7 @@ void kcUITablet::draw(const kcGenAnnulus& a, const kcGraphicProps& props, Layers
   if (kcUIScope* s = drawingScope_(layer)) {
     // Both outlines in one path: the even-odd rule leaves the hole.
     kcUIPath path;
-    for (const kcGenPoly& p : kcGenPoly::convert(a)) path = pathOf(p, scaledMap_, std::move(path));
+    for (const kcGenPoly& p : kcGenPoly::convert(a)) path = kfGenPolyPath(p, scaledMap_, std::move(path));
     s->path(path, props);
   }
   if (recording_()) kc_UISketchOpGenAnn::record(sketch_, 9, static_cast<signed char>(layer), props, a);
@@ -316,12 +267,11 @@ void kcUITablet::draw(const kcCoordAxes& a, const kcGraphicProps& props, Layers 
   checkLayer_(layer);
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcCoordAxes m = a.map(scaledMap_);
-    const Locked locked(*s);
-    const double arm = arrowArmLength(props);
+    const kcUIScopeLock locked(*s);
     for (const kcShapePtr& axis : m.decompose()) {
       const auto& seg = static_cast<const kcLineSeg&>(*axis);
       s->lineSeg(seg.p1(), seg.p2(), props);
-      arrowOn(*s, seg, props, arm);
+      kfDrawArrowHead(*s, seg, props);
     }
   }
   if (recording_()) kc_UISketchOpCoordAxes::record(sketch_, 10, static_cast<signed char>(layer), props, a);
@@ -365,27 +315,9 @@ void kcUITablet::draw(const kcGenShape& g, const kcColor& color, const kcGraphic
                                   kc_UISketchGenShape{color, g});
 }
 
-namespace {
-// A general polygon's outline, with an arrow head when open and the vertices
-// marked as points when the props say so.
-void drawGenPoly(kcUIScope& s, const kcGenPoly& p, const kcXform<2>& x, const kcGraphicProps& props,
-                 double arm) {
-  if (p.degen()) return;
-  const Locked locked(s);
-  const kcUIPath path = pathOf(p, x);
-  s.path(path, props);
-  if (p.isOpen() && props.arrowHead()) {
-    const kcGenPoly m = p.map(x);
-    arrowOn(s, m, props, arm);
-  }
-  if (props.showVertex())
-    for (long i = 0; i < p.numVertices(); ++i) s.point(x * (p.xform() * p.vertexPoint(i)), props);
-}
-}  // namespace
-
 void kcUITablet::draw(const kcGenPoly& p, const kcGraphicProps& props, Layers layer) {
   checkLayer_(layer);
-  if (kcUIScope* s = drawingScope_(layer)) drawGenPoly(*s, p, scaledMap_, props, arrowArmLength(props));
+  if (kcUIScope* s = drawingScope_(layer)) kfDrawGenPoly(*s, p, scaledMap_, props);
   if (recording_())
     kc_UISketchOpGenPoly::record(sketch_, props.showVertex() ? 38 : 34, static_cast<signed char>(layer),
                                  props, p);
@@ -393,7 +325,7 @@ void kcUITablet::draw(const kcGenPoly& p, const kcGraphicProps& props, Layers la
 
 void kcUITablet::draw(const kc2Wireframe& w, const kcGraphicProps& props, Layers layer) {
   checkLayer_(layer);
-  if (kcUIScope* s = drawingScope_(layer)) drawGenPoly(*s, w, scaledMap_, props, arrowArmLength(props));
+  if (kcUIScope* s = drawingScope_(layer)) kfDrawGenPoly(*s, w, scaledMap_, props);
   if (recording_()) kc_UISketchOpWireframe::record(sketch_, 41, static_cast<signed char>(layer), props, w);
 }
 
@@ -401,7 +333,7 @@ void kcUITablet::draw(const kcCross& c, const kcGraphicProps& props, Layers laye
   checkLayer_(layer);
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcCross m = c.map(scaledMap_);
-    const Locked locked(*s);
+    const kcUIScopeLock locked(*s);
     for (const kcShapePtr& bar : m.decompose()) {
       const auto& seg = static_cast<const kcLineSeg&>(*bar);
       s->lineSeg(seg.p1(), seg.p2(), props);
@@ -417,7 +349,7 @@ void kcUITablet::draw(const kcBezierCurve& b, const kcGraphicProps& props, Layer
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcBezierCurve m = b.map(scaledMap_);
     s->bezier(m.controlPoints(), props);
-    arrowOn(*s, m, props, arrowArmLength(props));
+    kfDrawArrowHead(*s, m, props);
   }
   if (recording_()) kc_UISketchOpBezierCurve::record(sketch_, 42, static_cast<signed char>(layer), props, b);
 }
@@ -431,7 +363,7 @@ void kcUITablet::draw(const kcCubicSpline& c, const kcGraphicProps& props, Layer
     path.moveTo(b[0]);
     for (std::size_t i = 1; i + 2 < b.size(); i += 3) path.bezierTo(b[i], b[i + 1], b[i + 2]);
     s->path(path, props);
-    arrowOn(*s, m, props, arrowArmLength(props));
+    kfDrawArrowHead(*s, m, props);
   }
   if (recording_()) kc_UISketchOpCubicSpline::record(sketch_, 43, static_cast<signed char>(layer), props, c);
 }
@@ -441,7 +373,7 @@ void kcUITablet::draw(const kcPolyline& p, const kcGraphicProps& props, Layers l
   if (kcUIScope* s = drawingScope_(layer)) {
     const kcPolyline m = p.map(scaledMap_);
     s->polyline(m.vertices(), m.closed(), props);
-    if (!m.closed() && m.vertices().size() >= 2) arrowOn(*s, m, props, arrowArmLength(props));
+    if (!m.closed() && m.vertices().size() >= 2) kfDrawArrowHead(*s, m, props);
   }
   if (recording_()) kc_UISketchOpPolyline::record(sketch_, 44, static_cast<signed char>(layer), props, p);
 }

@@ -1,6 +1,14 @@
 #include "dispc/uiscope.h"
 
+#include <algorithm>
+#include <cmath>
+
 // --- paths ---
+
+namespace {
+// Gaps this small, relative to the coordinates, are rounding, not a join.
+constexpr double kJoinTol = 1e-9;
+}  // namespace
 
 void kcUIPath::moveTo(const kcVector<2>& p) {
   pieces_.push_back({Kind::move, p, 0, {}, {}});
@@ -20,9 +28,12 @@ void kcUIPath::lineTo(const kcVector<2>& p) {
 
 void kcUIPath::arcTo(const kcEllipseArc& a) {
   const kcVector<2> from = a.startPoint();
+  // An arc computed to start where the path is may miss it in the last bits:
+  // no join for a gap that is only rounding.
+  const double scale = std::max({1.0, std::abs(from.x()), std::abs(from.y())});
   if (!open_)
     moveTo(from);
-  else if (!(from == current_))
+  else if (from.distance(current_) > kJoinTol * scale)
     lineTo(from);
   arcs_.push_back(a);
   pieces_.push_back({Kind::arc, a.endPoint(), arcs_.size() - 1, {}, {}});
@@ -57,4 +68,30 @@ bool kcUIScope::screenUpdatesLocked() const {
   for (bool lock : locks_)
     if (lock) return true;
   return false;
+}
+
+// --- what every drawer shares ---
+
+kcUIScopeLock::kcUIScopeLock(kcUIScope& scope) : scope_(scope) { scope_.lockScreenUpdatesPush(true); }
+
+kcUIScopeLock::~kcUIScopeLock() { scope_.lockScreenUpdatesPop(); }
+
+namespace {
+constexpr double kArrowMinArm = 6.0;
+constexpr double kArrowArmPerWidth = 3.0;
+
+kcVector<2> unitAt(const kcRadian& a) { return {std::cos(a.toDouble()), std::sin(a.toDouble())}; }
+}  // namespace
+
+double kfArrowArmLength(const kcGraphicProps& props) {
+  return std::max(kArrowMinArm, kArrowArmPerWidth * static_cast<double>(props.penWidth()));
+}
+
+void kfDrawArrowHead(kcUIScope& scope, const kcShape& curve, const kcGraphicProps& props) {
+  if (!props.arrowHead()) return;
+  const double arm = kfArrowArmLength(props);
+  if (props.arrowHeadForward())
+    scope.arrowHead(curve.endPoint(), unitAt(curve.endAngle()), arm, props);
+  else
+    scope.arrowHead(curve.startPoint(), -unitAt(curve.startAngle()), arm, props);
 }

@@ -61,7 +61,8 @@ class kcUIPath {
   // A line from the current point.
   void lineTo(const kcVector<2>& p);
   // An elliptical arc, joined to the current point by a line when its start
-  // is elsewhere (or starting the sub-path when there is none).
+  // is elsewhere (farther than rounding, 1e-9 of the coordinates), or
+  // starting the sub-path when there is none.
   void arcTo(const kcEllipseArc& a);
   // A cubic Bezier curve from the current point.
   void bezierTo(const kcVector<2>& c1, const kcVector<2>& c2, const kcVector<2>& p);
@@ -81,6 +82,29 @@ class kcUIPath {
   kcVector<2> start_;
   bool open_ = false;  // a sub-path has begun
 };
+
+class kcUIScope;
+
+// Holds one screen-update lock on a device while it lives.
+class kcUIScopeLock {
+ public:
+  explicit kcUIScopeLock(kcUIScope& scope);
+  ~kcUIScopeLock();
+  kcUIScopeLock(const kcUIScopeLock&) = delete;
+  kcUIScopeLock& operator=(const kcUIScopeLock&) = delete;
+
+ private:
+  kcUIScope& scope_;
+};
+
+// Devices draw no arrow heads of their own: whoever draws an open curve with
+// props.arrowHead() adds one, arms of kfArrowArmLength(props) pels, no
+// shorter than 6 and three pen widths.
+[[nodiscard]] double kfArrowArmLength(const kcGraphicProps& props);
+// The arrow head props give an open curve given in device pels: at its end
+// along the direction of travel, or at its start pointing back when
+// arrowHeadForward() is false; nothing without arrowHead().
+void kfDrawArrowHead(kcUIScope& scope, const kcShape& curve, const kcGraphicProps& props);
 
 class kcUIScope {
  public:

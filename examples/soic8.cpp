@@ -1,9 +1,10 @@
 // An SOIC-8 package described as an SMD model: the moulded body and eight
 // gull-wing leads, each outline with the length tolerances of the package
 // drawing. The program validates it, prints a summary, draws its synthetic
-// image into a PNG file, flips it, stores it, reads it back, and shows an
-// edit being refused. Exits 1 when a check fails.
-//   soic8 [archive file]     (the image goes beside it, as .png)
+// image into a PNG file, draws an inspection view over that image (PNG and
+// SVG), flips the model, stores it, reads it back, and shows an edit being
+// refused. Exits 1 when a check fails.
+//   soic8 [archive file]     (the pictures go beside it)
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -11,6 +12,7 @@
 
 #include "dispc/dispc.h"
 #include "imageio/imageio.h"
+#include "scopes/cairo/cairoscope.h"
 
 namespace {
 
@@ -56,6 +58,34 @@ kcSMDGDPoly lead(int pin) {
 }
 
 int failures = 0;
+
+// What an inspection shows over the camera image, in millimetres: the
+// outlines with their direction arrows on the main layer; measured sizes as
+// text and a cross at the device's centre on the overlay.
+kcUISketch inspectionView(const kcSMDGDModel& soic) {
+  kcUITablet recorder;
+  recorder.recordOn() = true;
+  soic.drawWireframe(kcXform<2>(), recorder);
+  soic.drawDirectionArrows(kcXform<2>(), recorder, 0.3);
+  const kcRect body = soic.poly(0).boundingBox(kcXform<2>());
+  const kcRect all = soic.boundingBox(kcXform<2>());
+  const double pitch = soic.poly(1).boundingBox(kcXform<2>()).center().y() -
+                       soic.poly(2).boundingBox(kcXform<2>()).center().y();
+  const auto label = [&](const std::wstring& text, double x, double y, kcUIFormat::Alignment a) {
+    recorder.draw(text, kcPoint(x, y), kcColor::yellow, kcColor::black, kcUIFormat(0, a),
+                  kcUITablet::overlayLayer);
+  };
+  wchar_t text[64];
+  std::swprintf(text, 64, L"body %.2f x %.2f mm", body.width(), body.height());
+  label(text, 0.0, all.yMin() - 0.15, kcUIFormat::topCenter);
+  std::swprintf(text, 64, L"span %.2f mm", all.width());
+  label(text, 0.0, all.yMax() + 0.15, kcUIFormat::bottomCenter);
+  std::swprintf(text, 64, L"pitch %.2f mm", pitch);
+  label(text, 0.0, 0.6, kcUIFormat::center);
+  kcGraphicProps cross(kcColor::red, 2, kcGraphicProps::penSolid, false);
+  recorder.draw(kcCross(all.center(), 0.4), cross, kcUITablet::overlayLayer);
+  return recorder.sketch();
+}
 
 void check(bool ok, const char* what) {
   if (!ok) {
@@ -113,6 +143,37 @@ int main(int argc, char** argv) {
   }
   check(image.get(350, 300) == 50 && image.get(50, 300 - 191) == 250 && image.get(5, 5) == 5,
         "body, pin 1 and background in their greys");
+
+  // The inspection view, recorded once in millimetres, kept in an archive as
+  // an application keeps what it showed, then read back and played over the
+  // synthetic image on a device that maps millimetres to its pels.
+  try {
+    kcMemArchive stored;
+    kcUISketch view = inspectionView(soic);
+    stored || view;
+    kcMemArchive reread(stored.bytes());
+    kcUISketch replayed;
+    reread || replayed;
+    kcUICairoScope device{kcPelBuffer_const<unsigned char>(image)};
+    device.antialias(true);
+    kcUITablet tablet(&device, &device.overlay());
+    tablet.baseMap(image.imageFromClientXform());
+    tablet.draw(replayed, kcPoint(0, 0), kcUITablet::bothLayers);
+    const std::string base = std::filesystem::path(path).replace_extension().string();
+    device.writePng(base + "_inspection.png");
+    device.writeSvg(base + "_inspection.svg");
+    std::printf("  inspection view (%zu bytes of sketch) written to %s_inspection.png and .svg\n",
+                stored.bytes().size(), base.c_str());
+    // Pin 8's outline is drawn in its wireframe green; the middle of pin 5 shows the image.
+    const kcRect pin5 = soic.poly(5).boundingBox(kcXform<2>());
+    const kcVector<2> middle = image.imageFromClientXform() * pin5.center();
+    check(replayed == view &&
+              device.pel(static_cast<long>(middle.x()), static_cast<long>(middle.y())) == 0xfafafa,
+          "the view read back equal, the image showing through the leads");
+  } catch (const kcException& e) {
+    std::printf("  %s\n", e.what());
+    return 1;
+  }
 
   // Seen from below: pin 1 moves to the right-hand side.
   const kcSMDGDModel bottom = soic.flip();

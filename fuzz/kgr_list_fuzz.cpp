@@ -7,13 +7,17 @@
 // every record decodes with its own type's decoder, the decoded values build
 // the foundation shapes the graphic list makes of them (which may refuse
 // degenerate geometry, but only with a kcException), and writing the list
-// back gives the input bytes exactly.
+// back gives the input bytes exactly. The display core then reads it both
+// ways: as graphics, drawn on a trace device, and drawn on another straight
+// from the records; the two traces must agree.
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
 
+#include "dispc/glist.h"
+#include "dispc/tracescope.h"
 #include "foundation/kgr/kgr_list.h"
 #include "foundation/shapes/affinerect.h"
 #include "foundation/shapes/ellipse2.h"
@@ -108,6 +112,36 @@ long decodeAndBuild(const kgr_record& rec) {
   return code;
 }
 
+// The records as graphics drawn through a list, and drawn straight from the
+// records: the same device calls. Writing the graphics back must be accepted.
+void drawBothWays(const kgr_list* list) {
+  kcUITraceScope viaGraphics;
+  kcUITraceScope direct;
+  kcUITablet a(&viaGraphics);
+  kcUITablet b(&direct);
+  kcGraphicList graphics;
+  try {
+    kfGraphicListAppend(graphics, list);
+    graphics.draw(a, kcUITablet::mainLayer);
+  } catch (const kcException&) {
+    fail("an accepted list does not read as graphics");
+  }
+  try {
+    kfUITabletDraw(b, list, kcUITablet::mainLayer);
+  } catch (const kcException&) {
+    fail("an accepted list does not draw");
+  }
+  if (viaGraphics.lines() != direct.lines()) fail("graphics and records draw differently");
+  kgr_list* out = kgr_list_create();
+  try {
+    kfGraphicListAppend(out, graphics);
+  } catch (const kcException&) {
+    kgr_list_free(out);
+    fail("graphics read from a list cannot be written back");
+  }
+  kgr_list_free(out);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -141,6 +175,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fail("an accepted list cannot be written");
   if (again != std::vector<std::uint8_t>(data, data + size))
     fail("writing an accepted list changes its bytes");
+  drawBothWays(list);
   kgr_list_free(list);
   return 0;
 }

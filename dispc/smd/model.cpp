@@ -299,8 +299,6 @@ kcSMDGDModel operator*(double s, const kcSMDGDModel& m) {
 // --- drawing ---
 
 // Outlines come with the tablet they draw on.
-void kcSMDGDModel::drawWireframe(const kcXform<2>&, kcUITablet&) const { throw kcUIError::NotImplemented(); }
-
 // Every poly in order, each in its own grey: a later poly covers an earlier one.
 void kcSMDGDModel::drawSynthetic(const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer) const {
   for (const kcSMDGDPoly& p : polys_) p.drawSynthetic(xform, pelBuffer);

@@ -32,6 +32,7 @@
 #include "foundation/rigid.h"
 
 class kc2Wireframe;
+class kcGraphicList;
 
 class kcSMDGDModel : public kcSMDGeometricDescription {
  public:
@@ -109,9 +110,12 @@ class kcSMDGDModel : public kcSMDGeometricDescription {
 
   // --- drawing ---
 
+  // Every poly in order.
   using kcSMDGeometricDescription::drawSynthetic;
   void drawWireframe(const kcXform<2>& xform, kcUITablet& tablet) const override;
   void drawSynthetic(const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer) const override;
+  void drawDirectionArrows(const kcXform<2>& xform, kcUITablet& tablet, double size) const;
+  void drawDirectionArrows(const kcXform<2>& xform, kcGraphicList& list, double size) const;
 
   void dispatchSerialize(kcArchive& ar) override;
 

@@ -37,6 +37,7 @@
 #include <vector>
 
 #include "dispc/smd/model.h"
+#include "dispc/tablet.h"
 #include "dispc/wrfm/wirefrm.h"
 #include "foundation/shapes/polygon.h"
 
@@ -56,6 +57,9 @@ class kcSMDGDModelPrivate : public kcSMDGDModel {
   // --- boxes and positions ---
   // The union of the polys' boxes in model coordinates; empty without polys.
   [[nodiscard]] static kcRect boundingBox(const kcSMDGDModel& m);
+  // The outlines of the negative polys, in order (kcSMDGDPolyPrivate::drawNegWireframe).
+  static void drawNegWireframe(const kcSMDGDModel& m, const kcXform<2>& xform, kcUITablet& tablet,
+                               const kcColor& color, kcUITablet::Layers layer);
   // The box measured along the dominant angle, in the frame of the
   // normalised position (so centred on the origin): normalizedPosition maps
   // its corners into model coordinates. Empty without polys.

@@ -590,8 +590,6 @@ kcSMDGDPoly operator*(const kc2Rigid& r, const kcSMDGDPoly& p) {
 // --- drawing ---
 
 // Outlines come with the tablet they draw on.
-void kcSMDGDPoly::drawWireframe(const kcXform<2>&, kcUITablet&) const { throw kcUIError::NotImplemented(); }
-
 void kcSMDGDPoly::drawSynthetic(const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer) const {
   kcSMDGDPolyPrivate::drawSynthetic(
       *this, xform, pelBuffer, kcSMDColors::colorToGrayScale(colors_.syntheticDefaultColor()), true, true);

@@ -65,6 +65,7 @@
 #include "foundation/rigid.h"
 #include "foundation/shapes/rect.h"
 
+class kcGraphicList;
 class kcSMDGDPolyIndex_;
 class kc2Wireframe;
 
@@ -175,13 +176,36 @@ class kcSMDGDPoly : public kcSMDGeometricDescription {
   // --- drawing ---
 
   using kcSMDGeometricDescription::drawSynthetic;
+  // The rounded outline seen through xform, as one general polygon in the
+  // wireframe colour on the main layer: a 1-pel solid pen, no fill, no arrow
+  // head (direction arrows are drawn on their own).
   void drawWireframe(const kcXform<2>& xform, kcUITablet& tablet) const override;
   void drawSynthetic(const kcXform<2>& xform, kcPelBuffer<unsigned char>& pelBuffer) const override;
+  // One arrow per existing segment (segment 0 of an open poly has none), in
+  // segment order: at the middle of the rounded line, or at half the span of
+  // the rounded arc, along the direction of travel (turned by 180 degrees
+  // when the direction is reversed). Each is drawn by drawArrow, size poly
+  // units long, handed the arrow colours as (positive, negative) for an open
+  // poly or one whose direction is positive, else (negative, positive).
+  // kcShapesError::BadParams unless size is a positive finite number.
+  void drawDirectionArrows(const kcXform<2>& xform, kcUITablet& tablet, double size) const;
+  void drawDirectionArrows(const kcXform<2>& xform, kcGraphicList& list, double size) const;
 
   void dispatchSerialize(kcArchive& ar) override;
 
  protected:
   void serialize_(kcArchive& ar, unsigned char version);
+
+  // An arrow placed by where (its middle at where's translation, pointing
+  // along its angle), size long, then mapped by xform: a shaft and two barbs
+  // a third as long at 30 degrees to it, drawn as three line segments with a
+  // 1-pel solid pen on the main layer (or added to the list as one graphic).
+  // Its colour is first when xform keeps orientation and second when it
+  // mirrors (a mirror turns the poly's sense as the viewer sees it).
+  static void drawArrow(const kcXform<2>& xform, kcUITablet& tablet, const kc2Rigid& where, double size,
+                        const kcColor& first, const kcColor& second);
+  static void drawArrow(const kcXform<2>& xform, kcGraphicList& list, const kc2Rigid& where, double size,
+                        const kcColor& first, const kcColor& second);
 
   // --- indices ---
   // i modulo n with wrap (negative i: i + n (floor(-i / n) + 1), so -n gives

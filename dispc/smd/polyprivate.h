@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "dispc/smd/poly.h"
+#include "dispc/tablet.h"
 
 class kc2Wireframe;
 class kcSMDGDModel;
@@ -143,6 +144,27 @@ class kcSMDGDPolyPrivate : public kcSMDGDPoly {
   static void drawSynthetic(const kcSMDGDPoly& p, const kcXform<2>& xform,
                             kcPelBuffer<unsigned char>& pelBuffer, unsigned char grey, bool fillClosedOnly,
                             bool outline);
+  // The rounded outline seen through xform as one general polygon (recorded
+  // as one record), a 1-pel solid pen of color without arrow head or fill.
+  static void drawWireframe(const kcSMDGDPoly& p, const kcXform<2>& xform, kcUITablet& tablet,
+                            const kcColor& color, kcUITablet::Layers layer);
+  // Whether p's inside is negative as seen through xform: closed, and its
+  // direction negative under a transform that keeps orientation (positive
+  // under one that mirrors), as a wireframe's inside polarity says.
+  [[nodiscard]] static bool isNegative(const kcSMDGDPoly& p, const kcXform<2>& xform);
+  // The outline of a negative poly (nothing for any other) with a 1-pel
+  // dashed pen of color, without arrow head or fill, so that it reads apart
+  // from the wireframe on a shared layer.
+  static void drawNegWireframe(const kcSMDGDPoly& p, const kcXform<2>& xform, kcUITablet& tablet,
+                               const kcColor& color, kcUITablet::Layers layer);
+  // One segment (poly coordinates) seen through xform, over what is drawn:
+  // a 2-pel solid pen of color, no arrow head.
+  static void overlayLineSegment_(const kc2SegmentLine& s, const kcXform<2>& xform, kcUITablet& tablet,
+                                  const kcColor& color, kcUITablet::Layers layer);
+  static void overlayArc_(const kc2SegmentArc& a, const kcXform<2>& xform, kcUITablet& tablet,
+                          const kcColor& color, kcUITablet::Layers layer);
+  // Where segment s's direction arrow sits and points (poly coordinates).
+  [[nodiscard]] static kc2Rigid arrowPlace(const kcSMDGDPoly& p, int s);
 
   // --- dimensions ---
   // Scale type to tolerance kind: 0 -> limits, 1 -> offsets, 2 ->

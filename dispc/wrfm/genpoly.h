@@ -81,6 +81,7 @@
 
 #include <vector>
 
+#include "dispc/dispprop.h"
 #include "dispc/smd/poly.h"
 #include "foundation/angle.h"
 #include "foundation/pelbuffer.h"
@@ -100,6 +101,8 @@
 #include "foundation/shapes/polyline.h"
 #include "foundation/shapes/rect.h"
 #include "foundation/shapes/shape.h"
+
+class kcUIScope;
 
 // What clip_ did.
 struct kcClipInfo {
@@ -223,6 +226,11 @@ class kcGenPoly : public kcShape {
   [[nodiscard]] kcGenPoly map(const kcXform<2>& x) const;
   // The same with the rigid transform after a uniform scale.
   [[nodiscard]] kcGenPoly map(const kc2Rigid& r, double scale) const;
+
+  // The outline (placed by xform()) on a device, as one path under one update
+  // lock; an open polygon gets its arrow head from props, and showVertex()
+  // marks the vertices as points.
+  void drawToScope(const kcGraphicProps& props, kcUIScope& scope) const;
 
   // Data equal, transforms equal, editable flags equal.
   [[nodiscard]] bool operator==(const kcGenPoly& o) const;

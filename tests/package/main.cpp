@@ -1,7 +1,8 @@
 // Stores a value and an exception object through the installed library and
-// reads them back; exits 0 only when both come back equal and the loaded
-// library is the version the package metadata (CMake config or pkg-config
-// file) claims.
+// reads them back, and draws a rectangle through the installed Cairo device;
+// exits 0 only when both come back equal, the rectangle's pels are lit, and
+// the loaded library is the version the package metadata (CMake config or
+// pkg-config file) claims.
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -9,6 +10,7 @@
 
 #include "dispc/dispc.h"
 #include "foundation/foundation.h"
+#include "scopes/cairo/cairoscope.h"
 
 #ifndef DISPC_EXPECTED_VERSION
 #error "build with -DDISPC_EXPECTED_VERSION=\"<version the package claims>\""
@@ -28,6 +30,14 @@ int main() {
 
   if (valuesBack != values || errorBack.text() != error.text() || !in.atEnd()) {
     std::fprintf(stderr, "package test: the archive did not round-trip\n");
+    return 1;
+  }
+  kcUICairoScope device(8, 8);
+  kcUITablet tablet(&device, &device.overlay());
+  tablet.draw(kcRect(kcVector<2>(2, 2), kcVector<2>(4, 4)),
+              kcGraphicProps(kcColor::red, 1, kcGraphicProps::penSolid, true), kcUITablet::mainLayer);
+  if (device.pel(3, 3) != 0xff0000 || device.pel(0, 0) != 0) {
+    std::fprintf(stderr, "package test: the Cairo device did not draw\n");
     return 1;
   }
   if (std::strcmp(kfDispcVersion(), DISPC_EXPECTED_VERSION) != 0) {
