@@ -14,7 +14,7 @@ PREFIX ?= /usr/local
 CXX := g++
 JOBS ?= 2
 
-SOURCE_DIRS := foundation dispc imageio scopes tests bench fuzz examples
+SOURCE_DIRS := foundation dispc imageio scopes tools tests bench fuzz examples
 
 # Debian packages the build needs; a command name is tested where there is one.
 DEB_PACKAGES := cmake ninja-build g++ clang pkgconf libgtest-dev libgmock-dev libbenchmark-dev libpng-dev \

@@ -123,3 +123,16 @@ kcArchive& operator||(kcArchive& ar, kcColor& c) {
   }
   return ar;
 }
+
+std::string kfColorText(const kcColor& c) {
+  std::string out;
+  if (c.isStockColor()) out += "stock ";
+  if (c.isIndexColor()) out += "index " + std::to_string(c.index());
+  if (c.isIndexColor() && c.isRGBColor()) out += ' ';
+  if (c.isRGBColor()) {
+    const kcRGB& rgb = c.rgbStruct();
+    out += "rgb(" + std::to_string(rgb.r()) + "," + std::to_string(rgb.g()) + "," + std::to_string(rgb.b()) +
+           ")";
+  }
+  return out;
+}

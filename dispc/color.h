@@ -15,6 +15,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "foundation/archive.h"
 #include "foundation/kgr/kgr_color.h"
@@ -171,6 +172,9 @@ class kcColor {
 // black, 0x00000080); a stock colour as the code of the first stock colour it
 // equals, or 0.
 [[nodiscard]] kgr_color kfColor(const kcColor& color);
+// The colour as a person reads it: "stock index 249 rgb(255,0,0)",
+// "index 5", "rgb(12,34,56)".
+[[nodiscard]] std::string kfColorText(const kcColor& color);
 
 // The sketch form of a colour: 6 bytes, a 32-bit field holding r, g, b and
 // the index from the lowest byte up, then the flags as a 16-bit field.

@@ -200,18 +200,7 @@ bool kcUISketchParser::next() {
 
 // --- dump ---
 
-std::string kcSketchIO::Dumper::text(const kcColor& c) {
-  std::string out;
-  if (c.isStockColor()) out += "stock ";
-  if (c.isIndexColor()) out += "index " + std::to_string(c.index());
-  if (c.isIndexColor() && c.isRGBColor()) out += ' ';
-  if (c.isRGBColor()) {
-    const kcRGB& rgb = c.rgbStruct();
-    out += "rgb(" + std::to_string(rgb.r()) + "," + std::to_string(rgb.g()) + "," + std::to_string(rgb.b()) +
-           ")";
-  }
-  return out;
-}
+std::string kcSketchIO::Dumper::text(const kcColor& c) { return kfColorText(c); }
 
 void kfDumpUISketch(const kcUISketch& sketch, std::ostream& out) {
   for (kcUISketchParser records(sketch); records.next();) {

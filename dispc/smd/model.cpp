@@ -326,7 +326,11 @@ void kcSMDGDModel::serialize_(kcArchive& ar, unsigned char version) {
   ar.checkCount(count, minStoredPolyBytes());
   for (std::uint32_t i = 0; i < count; ++i) {
     loaded.polys_.emplace_back();
-    ar || loaded.polys_.back();
+    try {
+      ar || loaded.polys_.back();
+    } catch (const kcArchive::Corrupt& e) {
+      throw kcArchive::Corrupt(L"model poly " + std::to_wstring(i) + L": " + e.text());
+    }
   }
   ar || loaded.labels_ || loaded.placement_;
   const std::vector<std::int32_t> labels = loaded.labels_;

@@ -624,7 +624,10 @@ void kcSMDGDPoly::serialize_(kcArchive& ar, unsigned char version) {
     loaded.rebuildLabels_();
     loaded.validate_();
   } catch (const kcException& e) {
-    throw kcArchive::Corrupt(L"poly vertices that do not validate: " + e.message());
+    // Named, and where a fresh edit would be refused, so a reader can find it.
+    const std::wstring where = kcSMDGDPolyPrivate::rebuildRefusal(loaded);
+    throw kcArchive::Corrupt(L"poly \"" + loaded.name() + L"\" does not validate" +
+                             (where.empty() ? L": " + e.message() : L" " + where));
   }
   if (loaded.labels_ != labels) throw kcArchive::Corrupt(L"poly labels that do not match its vertices");
   *this = loaded;

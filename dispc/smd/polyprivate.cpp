@@ -100,6 +100,20 @@ kc2SegmentArc kcSMDGDPolyPrivate::roundedArcSegment_(const kcSMDGDPoly& p, int s
   return onCircle(whole, from, sweep);
 }
 
+std::wstring kcSMDGDPolyPrivate::rebuildRefusal(const kcSMDGDPoly& p) {
+  kcSMDGDPoly rebuilt(p.name());
+  std::size_t i = 0;
+  try {
+    for (; i < p.vertices().size(); ++i) rebuilt << p.vertices()[i];
+    if (p.isClosed()) rebuilt.close();
+  } catch (const kcException& e) {
+    const std::wstring where = i < p.vertices().size() ? L"at vertex " + std::to_wstring(i)
+                                                       : std::wstring(L"at the closing segment");
+    return where + L": " + e.message();
+  }
+  return {};
+}
+
 kcSMDGDPoly kcSMDGDPolyPrivate::validated(const kcSMDGDPoly& p) {
   kcSMDGDPoly copy(p);
   copy.validate_();

@@ -130,6 +130,10 @@ class kcSMDGDPolyPrivate : public kcSMDGDPoly {
   // validated, as a load validates it; the poly's error when it does not
   // validate.
   [[nodiscard]] static kcSMDGDPoly validated(const kcSMDGDPoly& p);
+  // Where p, built again vertex by vertex and closed as a fresh edit would
+  // build it, is first refused: "at vertex 3: <the edit's message>", or "at
+  // the closing segment: ..."; empty when every edit is taken.
+  [[nodiscard]] static std::wstring rebuildRefusal(const kcSMDGDPoly& p);
   // Sets the open flag alone, validating nothing: what a refused open()
   // leaves behind.
   static void markOpen_(kcSMDGDPoly& p) noexcept { p.open_ = true; }

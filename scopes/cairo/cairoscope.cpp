@@ -358,6 +358,8 @@ struct kcUICairoScope::Device {
   // Each layer played so far onto a raster, kept for pels and fills.
   Surface raster[2];
   std::size_t played[2] = {0, 0};
+  Surface seen;
+  std::size_t seenCalls = 0;
   // Measures text.
   Surface scratch;
   Context measure;
@@ -390,6 +392,16 @@ struct kcUICairoScope::Device {
   }
 
   // Background and main layer, and the overlay over them when asked.
+  // The whole picture, made again only after new calls.
+  cairo_surface_t* picture() {
+    const std::size_t calls = layers[0].size() + layers[1].size();
+    if (!seen || seenCalls != calls) {
+      seen = composite(true);
+      seenCalls = calls;
+    }
+    return seen.get();
+  }
+
   Surface composite(bool withOverlay) {
     Surface out(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
     const Context cr(cairo_create(out.get()));
@@ -499,9 +511,9 @@ void kcUICairoScope::emit(Op op) {
 // --- reading the picture ---
 
 std::vector<std::uint32_t> kcUICairoScope::pels() const {
-  const Surface picture = device_->composite(true);
-  const unsigned char* data = cairo_image_surface_get_data(picture.get());
-  const int stride = cairo_image_surface_get_stride(picture.get());
+  cairo_surface_t* picture = device_->picture();
+  const unsigned char* data = cairo_image_surface_get_data(picture);
+  const int stride = cairo_image_surface_get_stride(picture);
   std::vector<std::uint32_t> out;
   out.reserve(static_cast<std::size_t>(device_->width * device_->height));
   for (long y = 0; y < device_->height; ++y) {
@@ -513,7 +525,10 @@ std::vector<std::uint32_t> kcUICairoScope::pels() const {
 
 std::uint32_t kcUICairoScope::pel(long x, long y) const {
   if (x < 0 || y < 0 || x >= device_->width || y >= device_->height) return 0;
-  return pels()[static_cast<std::size_t>(y * device_->width + x)];
+  cairo_surface_t* picture = device_->picture();
+  const unsigned char* row =
+      cairo_image_surface_get_data(picture) + y * cairo_image_surface_get_stride(picture);
+  return reinterpret_cast<const std::uint32_t*>(row)[x] & 0xffffffu;
 }
 
 unsigned char kcUICairoScope::coverage(long x, long y, bool overlayLayer) const {
@@ -534,9 +549,9 @@ cairo_status_t toFile(void* file, const unsigned char* data, unsigned int length
 }  // namespace
 
 void kcUICairoScope::writePng(const std::string& path) const {
-  const Surface picture = device_->composite(true);
+  cairo_surface_t* picture = device_->picture();
   kfWriteImageFile_(path, [&](std::FILE* f) {
-    return cairo_surface_write_to_png_stream(picture.get(), toFile, f) == CAIRO_STATUS_SUCCESS;
+    return cairo_surface_write_to_png_stream(picture, toFile, f) == CAIRO_STATUS_SUCCESS;
   });
 }
 

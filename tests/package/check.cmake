@@ -5,7 +5,8 @@
 #   cmake       builds and runs this folder's project against that install,
 #               found through CMAKE_PREFIX_PATH
 #   pkgconfig   compiles main.cpp with what `pkg-config --cflags --libs dispc`
-#               gives for that install, and runs it
+#               gives for that install (with --static for a static build,
+#               STATIC=1), and runs it
 #   build-tree  builds and runs this folder's project against the build itself
 #               (dispc_DIR=DISPC_BUILD_DIR), nothing installed
 # The other -D values describe the dispc build: CONFIG, LIBDIR (its
@@ -73,6 +74,10 @@ elseif(STEP STREQUAL "pkgconfig")
     set(option --${query})
     if(query STREQUAL "libdir")
       set(option --variable=libdir)
+    endif()
+    # Static archives bring their libraries' own link lines (Libs.private).
+    if(query STREQUAL "libs" AND STATIC)
+      list(APPEND option --static)
     endif()
     execute_process(COMMAND ${PKG_CONFIG} ${option} dispc OUTPUT_VARIABLE ${query}
                     OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
