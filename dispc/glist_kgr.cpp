@@ -91,20 +91,24 @@ long appendRecord(kgr_list* out, const kcGraphic& g) {
 // --- records to shapes ---
 //
 // The library writes degenerate geometry (a zero-length segment, a zero
-// direction, a singular rectangle, an ellipse without an image) and leaves
-// the judgement to the reader. Such a record is skipped, alone, on both
-// paths: the list is well formed, so the records beside it are drawn, as a
-// sketch skips a record without an image under its map. The decoders below
-// give nothing for it.
+// direction, a singular rectangle, an ellipse without an image, corners so
+// far apart that the sides overflow) and leaves the judgement to the reader. Such a record is skipped, alone,
+// on both paths: the list is well formed, so the records beside it are drawn, as a sketch skips a record
+// without an image under its map. The decoders below give nothing for it.
 
-// The shape make builds, or nothing when its class refuses the geometry.
+// The shape make builds, or nothing when its class refuses the geometry:
+// degenerate, or derived numbers past the range of doubles (the sides of an
+// affine rectangle whose corners lie 1e308 apart).
 template <class Make>
-auto unlessDegenerate(Make&& make) -> std::optional<decltype(make())> {
+auto unlessRefused(Make&& make) -> std::optional<decltype(make())> {
   try {
     return make();
   } catch (const kcShapesError::DegenerateShape&) {
-    return std::nullopt;
+  } catch (const kcShapesError::BadParams&) {
+  } catch (const kcShapesError::BadGeom&) {
+  } catch (const kcShapesError::BadRadius&) {
   }
+  return std::nullopt;
 }
 
 // The whole list has been validated, so a decoder fails only for want of memory.
@@ -113,13 +117,13 @@ void check(long code) { kfThrowExceptionOnFailure(code); }
 std::optional<kcLineSeg> lineSegOf(const kgr_record& rec) {
   kgr_point a{}, b{};
   check(kgr_record_lineSeg(&rec, &a, &b));
-  return unlessDegenerate([&] { return kcLineSeg(fromKgr(a), fromKgr(b)); });
+  return unlessRefused([&] { return kcLineSeg(fromKgr(a), fromKgr(b)); });
 }
 
 std::optional<kcLine> lineOf(const kgr_record& rec) {
   kgr_point point{}, direction{};
   check(kgr_record_line(&rec, &point, &direction));
-  return unlessDegenerate([&] { return kcLine(fromKgr(point), fromKgr(direction)); });
+  return unlessRefused([&] { return kcLine(fromKgr(point), fromKgr(direction)); });
 }
 
 // Never degenerate: a negative size is the empty rectangle, as kcRect has it.
@@ -134,7 +138,7 @@ std::optional<kcGenRect> genRectOf(const kgr_record& rec) {
   double roundX = 0, roundY = 0;
   check(kgr_record_genRect(&rec, &x, &roundX, &roundY));
   const kcXform<2> xform(kcMatrix<2>(x.a00, x.a01, x.a10, x.a11), kcVector<2>(x.tx, x.ty));
-  return unlessDegenerate([&] { return kcGenRect(xform, roundX, roundY); });
+  return unlessRefused([&] { return kcGenRect(xform, roundX, roundY); });
 }
 
 // Circles and ellipses under a transform alike, as the image to draw.
@@ -144,7 +148,7 @@ std::optional<kcEllipse2> ellipseOf(const kgr_record& rec) {
   // No image: a radius not > 0, a collapsing map, or one that overflows.
   if (code == KGR_ERR_BAD_GEOMETRY || code == KGR_ERR_NOT_FINITE) return std::nullopt;
   check(code);
-  return unlessDegenerate([&] {
+  return unlessRefused([&] {
     return kcEllipse2(e.radiusX, e.radiusY, kcRadian(e.rotation), kcVector<2>(e.centreX, e.centreY));
   });
 }
@@ -164,7 +168,7 @@ std::optional<kcPolyline> polylineOf(const kgr_record& rec) {
   constexpr std::size_t kMinClosedRecord = 4;
   const bool closed = vertices.size() >= kMinClosedRecord && vertices.front() == vertices.back();
   if (closed) vertices.pop_back();
-  return unlessDegenerate([&] { return kcPolyline(std::move(vertices), closed); });
+  return unlessRefused([&] { return kcPolyline(std::move(vertices), closed); });
 }
 
 // The corners 0, 1 and 3 give the origin and the two sides.
@@ -173,14 +177,14 @@ std::optional<kcAffineRectangle> affineRectOf(const kgr_record& rec) {
   check(kgr_record_affineRect(&rec, &r));
   const kcVector<2> c0(r.corners[0].x, r.corners[0].y), c1(r.corners[1].x, r.corners[1].y),
       c3(r.corners[3].x, r.corners[3].y);
-  return unlessDegenerate([&] { return kcAffineRectangle(c0, c1 - c0, c3 - c0); });
+  return unlessRefused([&] { return kcAffineRectangle(c0, c1 - c0, c3 - c0); });
 }
 
 // One degenerate segment skips the whole set, as it would any other record.
 std::optional<kcLineSegSet> lineSegSetOf(const kgr_record& rec) {
   std::vector<kgr_segment> read;
   check(kgr_record_lineSegSet(&rec, &read));
-  return unlessDegenerate([&] {
+  return unlessRefused([&] {
     std::vector<kcLineSeg> segments;
     segments.reserve(read.size());
     for (const kgr_segment& s : read) segments.emplace_back(fromKgr(s.p1), fromKgr(s.p2));
@@ -193,6 +197,10 @@ std::optional<kcLineSegSet> lineSegSetOf(const kgr_record& rec) {
 kcPtrHandle<kcGraphicText> textOf(const kgr_record& rec, const kcColor& color) {
   kgr_text t;
   check(kgr_record_text(&rec, &t));
+  // The reader hands over a lone surrogate as it stands, which no writer
+  // takes back: it becomes the replacement character.
+  for (wchar_t& c : t.text)
+    if ((c >= 0xd800 && c <= 0xdfff) || static_cast<std::uint32_t>(c) > 0x10ffff) c = 0xfffd;
   // The alignment is kept as read; one outside 0 to 8 aligns nothing, as
   // kcUIFormat treats it.
   const kcUIFormat format(t.format.fontId, static_cast<kcUIFormat::Alignment>(t.format.alignment));

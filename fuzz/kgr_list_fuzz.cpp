@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "dispc/glist.h"
@@ -113,30 +114,43 @@ long decodeAndBuild(const kgr_record& rec) {
 }
 
 // The records as graphics drawn through a list, and drawn straight from the
-// records: the same device calls. Writing the graphics back must be accepted.
+// records: the same device calls, and the same error where drawing stops
+// (a shape too large for the device's numbers). Reading an accepted list as
+// graphics must succeed.
 void drawBothWays(const kgr_list* list) {
-  kcUITraceScope viaGraphics;
-  kcUITraceScope direct;
-  kcUITablet a(&viaGraphics);
-  kcUITablet b(&direct);
   kcGraphicList graphics;
   try {
     kfGraphicListAppend(graphics, list);
-    graphics.draw(a, kcUITablet::mainLayer);
-  } catch (const kcException&) {
+  } catch (const kcException& e) {
+    std::fprintf(stderr, "%s\n", e.what());
     fail("an accepted list does not read as graphics");
   }
-  try {
-    kfUITabletDraw(b, list, kcUITablet::mainLayer);
-  } catch (const kcException&) {
-    fail("an accepted list does not draw");
-  }
-  if (viaGraphics.lines() != direct.lines()) fail("graphics and records draw differently");
+  const auto drawn = [&](const auto& draw) {
+    kcUITraceScope device;
+    kcUITablet tablet(&device);
+    std::string error;
+    try {
+      draw(tablet);
+    } catch (const kcException& e) {
+      error = e.what();
+    }
+    std::vector<std::string> lines = device.lines();
+    lines.push_back(error);
+    return lines;
+  };
+  const auto viaGraphics = drawn([&](kcUITablet& t) { graphics.draw(t, kcUITablet::mainLayer); });
+  const auto direct = drawn([&](kcUITablet& t) { kfUITabletDraw(t, list, kcUITablet::mainLayer); });
+  if (viaGraphics != direct) fail("graphics and records draw differently");
+  // Writing them back may meet a shape the library cannot express (an
+  // affine rectangle whose far corner overflows as the library computes it),
+  // which it refuses with its code; anything else is a bug.
   kgr_list* out = kgr_list_create();
   try {
     kfGraphicListAppend(out, graphics);
-  } catch (const kcException&) {
+  } catch (const kcFoundationError::LibraryFailure&) {
+  } catch (const kcException& e) {
     kgr_list_free(out);
+    std::fprintf(stderr, "%s\n", e.what());
     fail("graphics read from a list cannot be written back");
   }
   kgr_list_free(out);

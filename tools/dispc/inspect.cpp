@@ -25,8 +25,10 @@ class Tally {
   }
   [[nodiscard]] std::string text() const {
     std::string out;
-    for (const auto& [name, count] : counts_)
-      out += (out.empty() ? "" : ", ") + name + " " + std::to_string(count);
+    for (const auto& [name, count] : counts_) {
+      if (!out.empty()) out += ", ";
+      out += name + " " + std::to_string(count);
+    }
     return out.empty() ? "none" : out;
   }
 
@@ -37,7 +39,10 @@ class Tally {
 template <class Labels>
 std::string labelText(const Labels& labels) {
   std::string out;
-  for (const auto label : labels) out += (out.empty() ? "" : " ") + std::to_string(label);
+  for (const auto label : labels) {
+    if (!out.empty()) out += ' ';
+    out += std::to_string(label);
+  }
   return out.empty() ? "none" : out;
 }
 
@@ -48,7 +53,14 @@ std::string propsText(const kcGraphicProps& p) {
          " forward=" + std::to_string(p.arrowHeadForward()) + "}";
 }
 
-std::string pointText(const kcVector<2>& p) { return "(" + exact(p.x()) + "," + exact(p.y()) + ")"; }
+std::string pointText(const kcVector<2>& p) {
+  // Appended piece by piece: g++ 12 at -O3 warns falsely about "(" + a temporary.
+  std::string out = "(";
+  out += exact(p.x());
+  out += ',';
+  out += exact(p.y());
+  return out + ")";
+}
 
 const char* directionText(const kcSMDGDPoly& p) {
   if (p.isOpen()) return "open";
