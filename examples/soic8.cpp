@@ -160,9 +160,9 @@ int main(int argc, char** argv) {
     tablet.baseMap(image.imageFromClientXform());
     tablet.draw(replayed, kcPoint(0, 0), kcUITablet::bothLayers);
     const std::string base = std::filesystem::path(path).replace_extension().string();
-    device.writePng(base + "_inspection.png");
-    device.writeSvg(base + "_inspection.svg");
-    std::printf("  inspection view (%zu bytes of sketch) written to %s_inspection.png and .svg\n",
+    device.writePng(base + "_view.png");
+    device.writeSvg(base + "_view.svg");
+    std::printf("  inspection view (%zu bytes of sketch) written to %s_view.png and .svg\n",
                 stored.bytes().size(), base.c_str());
     // Pin 8's outline is drawn in its wireframe green; the middle of pin 5 shows the image.
     const kcRect pin5 = soic.poly(5).boundingBox(kcXform<2>());
