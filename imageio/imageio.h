@@ -10,8 +10,10 @@
 // Reading takes a PNG of any colour type, bit depth and interlace: colour
 // becomes grey by its luminance, an alpha channel is removed by compositing
 // over black, 16-bit samples are reduced to 8 bits. A file that cannot be
-// opened or is not a valid PNG throws kcExceptionWithString "cannot read
-// <path>: <reason>"; the image comes back with the identity client transform.
+// opened or is not a valid PNG, or an image beyond 65535 pels a side or 2^28
+// pels in all, throws kcExceptionWithString "cannot read <path>: <reason>"
+// before the pels are allocated; the image comes back with the identity
+// client transform.
 #pragma once
 
 #include <cstdint>

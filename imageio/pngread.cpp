@@ -4,6 +4,7 @@
 #include <png.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -12,6 +13,10 @@
 #include "imageio/imageio.h"
 
 namespace {
+
+// The largest image read: 65535 pels a side, 2^28 pels in all.
+constexpr std::uint32_t kMaxSide = 65535;
+constexpr std::uint64_t kMaxPels = std::uint64_t{1} << 28;
 
 [[noreturn]] void readError(const std::string& path, const std::string& reason) {
   const std::string text = "cannot read " + path + ": " + reason;
@@ -31,8 +36,11 @@ kcPelBuffer<unsigned char> finishRead(png_image& image, bool began, const std::s
   ImageGuard guard{image};
   if (!began) readError(path, image.message);
   image.format = PNG_FORMAT_GRAY;
-  // A pel buffer's sizes are longs, and every row must be addressable.
-  if (image.width > 0x7fffffffu || image.height > 0x7fffffffu) readError(path, "an image too large");
+  // A pel buffer's sizes are longs, and a header may claim any size: what
+  // no camera delivers is refused before anything is allocated.
+  if (image.width > kMaxSide || image.height > kMaxSide ||
+      std::uint64_t{image.width} * image.height > kMaxPels)
+    readError(path, "an image too large");
   kcPelBuffer<unsigned char> pels(static_cast<long>(image.width), static_cast<long>(image.height));
   if (pels.width() == 0 || pels.height() == 0) readError(path, "an image without pels");
   // A new buffer's rows follow each other without padding.

@@ -3,6 +3,7 @@
 // error naming it.
 #include <gtest/gtest.h>
 #include <png.h>
+#include <zlib.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -113,6 +114,23 @@ TEST(ReadPng, WhatIsNotAPngIsAnErrorNamingTheFile) {
   Bytes png = encode(PNG_FORMAT_GRAY, 64, 64, grey);
   png.resize(png.size() - 20);
   EXPECT_EQ(messageOf([&] { (void)kfDecodePng(png); }).rfind("cannot read PNG: ", 0), 0u);
+}
+
+TEST(ReadPng, AHeaderClaimingAHugeImageIsRefusedBeforeItsPels) {
+  const std::uint8_t grey[1] = {};
+  for (const std::uint32_t width : {65536u, 40000u}) {
+    Bytes png = encode(PNG_FORMAT_GRAY, 1, 1, grey);
+    // The width in the header chunk (after the 8-byte signature, its length
+    // and type), and the chunk's check sum over type and data.
+    const std::uint32_t height = width == 65536u ? 1 : 40000;
+    for (int i = 0; i < 4; ++i) {
+      png[16 + i] = static_cast<std::uint8_t>(width >> (24 - 8 * i));
+      png[20 + i] = static_cast<std::uint8_t>(height >> (24 - 8 * i));
+    }
+    const uLong sum = crc32(crc32(0L, nullptr, 0), png.data() + 12, 17);
+    for (int i = 0; i < 4; ++i) png[29 + i] = static_cast<std::uint8_t>(sum >> (24 - 8 * i));
+    EXPECT_EQ(messageOf([&] { (void)kfDecodePng(png); }), "cannot read PNG: an image too large") << width;
+  }
 }
 
 }  // namespace
