@@ -182,28 +182,68 @@ class kcGraphicWithFill final : public kcGraphicBuiltin<T> {
 
 // The instances, each defined once in the library. Which of them
 // makeShapeGraphic builds is in the source.
-#define DISPC_GRAPHIC_SIMPLE_SHAPES(X)                                                          \
-  X(kc2Point)                                                                                   \
-  X(kc2Wireframe)                                                                               \
-  X(kcAffineRectangle)                                                                          \
-  X(kcBezierCurve) X(kcCoordAxes) X(kcDeBoorSpline) X(kcEllipseArc2) X(kcEllipseArc) X(kcFLine) \
-      X(kcGenAnnulus) X(kcGenPoly) X(kcHermiteSpline) X(kcInterpSpline) X(kcLine) X(kcLineSeg)  \
-          X(kcLineSegSet) X(kcPoint) X(kcPointSet) X(kcPolygon) X(kcPolyline)
-#define DISPC_GRAPHIC_FILLED_SHAPES(X)                                                    \
-  X(kcAnnulus, kcGenAnnulus)                                                              \
-  X(kcCircle, kcEllipse2)                                                                 \
-  X(kcCircle, kcEllipse)                                                                  \
-  X(kcEllipse2, kcEllipse2) X(kcEllipse, kcEllipse) X(kcEllipseAnnulus, kcEllipseAnnulus) \
-      X(kcGenAnnulus, kcGenAnnulus) X(kcGenRect, kcGenRect) X(kcRect, kcGenRect)
+// clang-format off
+#define DISPC_GRAPHIC_SIMPLE_SHAPES(X) \
+  X(kc2Point)                          \
+  X(kc2Wireframe)                      \
+  X(kcAffineRectangle)                 \
+  X(kcBezierCurve)                     \
+  X(kcCoordAxes)                       \
+  X(kcDeBoorSpline)                    \
+  X(kcEllipseArc2)                     \
+  X(kcEllipseArc)                      \
+  X(kcFLine)                           \
+  X(kcGenAnnulus)                      \
+  X(kcGenPoly)                         \
+  X(kcHermiteSpline)                   \
+  X(kcInterpSpline)                    \
+  X(kcLine)                            \
+  X(kcLineSeg)                         \
+  X(kcLineSegSet)                      \
+  X(kcPoint)                           \
+  X(kcPointSet)                        \
+  X(kcPolygon)                         \
+  X(kcPolyline)
+#define DISPC_GRAPHIC_FILLED_SHAPES(X)  \
+  X(kcAnnulus, kcGenAnnulus)            \
+  X(kcCircle, kcEllipse2)               \
+  X(kcCircle, kcEllipse)                \
+  X(kcEllipse2, kcEllipse2)             \
+  X(kcEllipse, kcEllipse)               \
+  X(kcEllipseAnnulus, kcEllipseAnnulus) \
+  X(kcGenAnnulus, kcGenAnnulus)         \
+  X(kcGenRect, kcGenRect)               \
+  X(kcRect, kcGenRect)
 // Every shape of an instance above (kcGraphicBuiltin<T>).
-#define DISPC_GRAPHIC_BUILTIN_SHAPES(X)                                                                 \
-  X(kc2Point)                                                                                           \
-  X(kc2Wireframe)                                                                                       \
-  X(kcAffineRectangle)                                                                                  \
-  X(kcAnnulus) X(kcBezierCurve) X(kcCircle) X(kcCoordAxes) X(kcDeBoorSpline) X(kcEllipse2) X(kcEllipse) \
-      X(kcEllipseAnnulus) X(kcEllipseArc2) X(kcEllipseArc) X(kcFLine) X(kcGenAnnulus) X(kcGenPoly)      \
-          X(kcGenRect) X(kcHermiteSpline) X(kcInterpSpline) X(kcLine) X(kcLineSeg) X(kcLineSegSet)      \
-              X(kcPoint) X(kcPointSet) X(kcPolygon) X(kcPolyline) X(kcRect)
+#define DISPC_GRAPHIC_BUILTIN_SHAPES(X) \
+  X(kc2Point)                           \
+  X(kc2Wireframe)                       \
+  X(kcAffineRectangle)                  \
+  X(kcAnnulus)                          \
+  X(kcBezierCurve)                      \
+  X(kcCircle)                           \
+  X(kcCoordAxes)                        \
+  X(kcDeBoorSpline)                     \
+  X(kcEllipse2)                         \
+  X(kcEllipse)                          \
+  X(kcEllipseAnnulus)                   \
+  X(kcEllipseArc2)                      \
+  X(kcEllipseArc)                       \
+  X(kcFLine)                            \
+  X(kcGenAnnulus)                       \
+  X(kcGenPoly)                          \
+  X(kcGenRect)                          \
+  X(kcHermiteSpline)                    \
+  X(kcInterpSpline)                     \
+  X(kcLine)                             \
+  X(kcLineSeg)                          \
+  X(kcLineSegSet)                       \
+  X(kcPoint)                            \
+  X(kcPointSet)                         \
+  X(kcPolygon)                          \
+  X(kcPolyline)                         \
+  X(kcRect)
+// clang-format on
 
 // The persistence members of one instance are defined with the instance.
 #define DISPC_GRAPHIC_DECLARE_INSTANCE_(...)                    \
