@@ -61,3 +61,32 @@ std::wstring kfFromUtf16(std::u16string_view units) {
   }
   return text;
 }
+
+std::string kfToUtf8(std::wstring_view text) {
+  constexpr std::uint32_t kReplacement = 0xFFFD;
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    std::uint32_t c = codeOf(text[i]);
+    if (sizeof(wchar_t) == 2 && isHighSurrogate(c) && i + 1 < text.size() &&
+        isLowSurrogate(codeOf(text[i + 1])))
+      c = kFirstSupplementary + ((c - kSurrogateFirst) << 10) + (codeOf(text[++i]) - kLowSurrogateFirst);
+    if (c > kLastCodePoint || isSurrogate(c)) c = kReplacement;
+    if (c < 0x80) {
+      out += static_cast<char>(c);
+    } else if (c < 0x800) {
+      out += static_cast<char>(0xC0 | c >> 6);
+      out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < kFirstSupplementary) {
+      out += static_cast<char>(0xE0 | c >> 12);
+      out += static_cast<char>(0x80 | (c >> 6 & 0x3F));
+      out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+      out += static_cast<char>(0xF0 | c >> 18);
+      out += static_cast<char>(0x80 | (c >> 12 & 0x3F));
+      out += static_cast<char>(0x80 | (c >> 6 & 0x3F));
+      out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+  }
+  return out;
+}

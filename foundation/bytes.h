@@ -158,3 +158,10 @@ enum class keSurrogates {
 // The text of UTF-16 units. Pairs become one character where wchar_t is wide
 // enough; a lone surrogate comes back as the unit it was.
 [[nodiscard]] std::wstring kfFromUtf16(std::u16string_view units);
+
+// --- UTF-8 ---
+
+// The UTF-8 bytes of text, for a display or a terminal: a lone surrogate or
+// a value above 0x10FFFF becomes U+FFFD (where wchar_t is 16 bits, a
+// surrogate pair is the one character it stands for).
+[[nodiscard]] std::string kfToUtf8(std::wstring_view text);

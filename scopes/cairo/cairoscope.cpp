@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "dispc/uierror.h"
+#include "foundation/bytes.h"
 #include "imageio/imageio_p.h"
 
 namespace {
@@ -301,31 +302,6 @@ void selectFont(cairo_t* cr, long id) {
   const Font f = fontOf(id);
   cairo_select_font_face(cr, f.family, CAIRO_FONT_SLANT_NORMAL, f.weight);
   cairo_set_font_size(cr, f.size);
-}
-
-// UTF-8 for Cairo; what is not a character becomes U+FFFD.
-std::string utf8(const std::wstring& s) {
-  std::string out;
-  for (wchar_t wc : s) {
-    auto c = static_cast<std::uint32_t>(wc);
-    if (c > 0x10ffff || (c >= 0xd800 && c <= 0xdfff)) c = 0xfffd;
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xc0 | c >> 6);
-      out += static_cast<char>(0x80 | (c & 0x3f));
-    } else if (c < 0x10000) {
-      out += static_cast<char>(0xe0 | c >> 12);
-      out += static_cast<char>(0x80 | (c >> 6 & 0x3f));
-      out += static_cast<char>(0x80 | (c & 0x3f));
-    } else {
-      out += static_cast<char>(0xf0 | c >> 18);
-      out += static_cast<char>(0x80 | (c >> 12 & 0x3f));
-      out += static_cast<char>(0x80 | (c >> 6 & 0x3f));
-      out += static_cast<char>(0x80 | (c & 0x3f));
-    }
-  }
-  return out;
 }
 
 // Where text goes: its rectangle and the baseline's start.
@@ -689,7 +665,7 @@ void kcUICairoScope::arrowHead(const kcVector<2>& tip, const kcVector<2>& direct
 
 void kcUICairoScope::text(const std::wstring& s, const kcVector<2>& at, const kcColor& fg, const kcColor& bg,
                           const kcUIFormat& f) {
-  const std::string bytes = utf8(s);
+  const std::string bytes = kfToUtf8(s);
   const TextPlace place = device_->place(bytes, at, f);
   const Rgba ink = rgba(fg);
   const Rgba back = rgba(bg);
@@ -706,7 +682,7 @@ void kcUICairoScope::text(const std::wstring& s, const kcVector<2>& at, const kc
 }
 
 kcUIRect kcUICairoScope::textRect(const std::wstring& s, const kcVector<2>& at, const kcUIFormat& f) {
-  return device_->place(utf8(s), at, f).box;
+  return device_->place(kfToUtf8(s), at, f).box;
 }
 
 void kcUICairoScope::set(const kcColor& color) {

@@ -205,6 +205,17 @@ TEST(Utf16, LoneSurrogatesAreKeptOrRefused) {
   }
 }
 
+TEST(Utf8, EveryLengthAndWhatIsNoCharacter) {
+  EXPECT_EQ(kfToUtf8(L"Az"), "Az");
+  EXPECT_EQ(kfToUtf8(L"\u00c5\u20ac\U0001F600"), "\xC3\x85\xE2\x82\xAC\xF0\x9F\x98\x80");
+  // A lone surrogate, either half, is the replacement character.
+  EXPECT_EQ(kfToUtf8(std::wstring{L'a', static_cast<wchar_t>(0xD800)}), "a\xEF\xBF\xBD");
+  EXPECT_EQ(kfToUtf8(std::wstring{static_cast<wchar_t>(0xDC00), L'z'}), "\xEF\xBF\xBDz");
+  if (sizeof(wchar_t) >= 4) {
+    EXPECT_EQ(kfToUtf8(std::wstring(1, static_cast<wchar_t>(0x110000))), "\xEF\xBF\xBD");
+  }
+}
+
 TEST(Utf16, RefusesCharactersBeyondUnicode) {
   if (sizeof(wchar_t) < 4) GTEST_SKIP() << "wchar_t cannot hold them";
   const wchar_t beyond[] = {

@@ -6,6 +6,7 @@
 
 #include "dispc/uierror.h"
 #include "foundation/archive.h"
+#include "foundation/bytes.h"
 #include "tools/dispc/command_p.h"
 
 namespace dispctool {
@@ -105,28 +106,15 @@ std::string boxText(const kcRect& box) {
 std::string quoted(const std::wstring& s) {
   std::string out = "\"";
   for (const wchar_t w : s) {
-    const auto c = static_cast<std::uint32_t>(w);
-    if (c == '"' || c == '\\') {
+    if (w == L'"' || w == L'\\') {
       out += '\\';
-      out += static_cast<char>(c);
-    } else if (c < 0x20) {
+      out += static_cast<char>(w);
+    } else if (w >= 0 && w < 0x20) {
       char escape[8];
-      std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(c));
+      std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(w));
       out += escape;
-    } else if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
     } else {
-      out += static_cast<char>(0xF0 | ((c >> 18) & 0x07));
-      out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
+      out += kfToUtf8(std::wstring_view(&w, 1));
     }
   }
   return out + "\"";

@@ -13,18 +13,13 @@
 #include <vector>
 
 #include "dispc/smd/polyprivate.h"
+#include "foundation/bytes.h"
 #include "tools/dispc/command_p.h"
 
 namespace dispctool {
 
 namespace {
 
-// A library message, which is ASCII, as text.
-std::string narrow(const std::wstring& s) {
-  std::string out;
-  for (wchar_t c : s) out += c < 0x80 ? static_cast<char>(c) : '?';
-  return out;
-}
 // "1 poly", "2 polys".
 std::string counted(long n, const std::string& noun) {
   return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
@@ -65,7 +60,7 @@ int runValidate(const Invocation& in) {
     const std::wstring refusal = kcSMDGDPolyPrivate::rebuildRefusal(poly);
     if (!refusal.empty()) {
       ++invalid;
-      report << "invalid " << narrow(refusal) << '\n';
+      report << "invalid " << kfToUtf8(refusal) << '\n';
       continue;
     }
     const std::vector<long> segments =
